@@ -1,0 +1,112 @@
+#include "app/tarnwick_client_window.h"
+
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QLabel>
+#include <QLineEdit>
+#include <QTimer>
+#include <QUrl>
+
+namespace {
+
+/// The cores that a session reply offers, in the service's order. A core without a key could not be asked
+/// for.
+QList<CoreChoice> sessionCoresOf(const QJsonObject& body)
+{
+    QList<CoreChoice> cores;
+    const QJsonArray elements = body.value("available_cores"_L1).toArray();
+    for (const auto& element : elements) {
+        const QJsonObject core = element.toObject();
+        const QString key = core.value("key"_L1).toString();
+        if (!key.isEmpty()) {
+            cores.append({key, core.value("label"_L1).toString(key)});
+        }
+    }
+    return cores;
+}
+
+} // namespace
+
+/// Asks the service whom the token belongs to. Silent when there is no token or when it is being asked
+/// already.
+void TarnwickClientWindow::checkSession()
+{
+    if (!isBusy(TaskKind::Session) && state.isLinked()) {
+        sendRequest(TaskKind::Session, serviceUrl(u"/api/pc/me"_s), {}, true);
+    }
+}
+
+void TarnwickClientWindow::handleSession(const ServiceReply& reply)
+{
+    if (reply.failed()) {
+        resetAccount();
+        statusLabel->setText(reply.errorText);
+        return;
+    }
+    const QJsonObject user = reply.body.value("user"_L1).toObject();
+    accountNameText = u"Signed in as "_s + user.value("display_name"_L1).toString(u"Tarnwick user"_s);
+    planText = u"Plan: "_s + user.value("plan_name"_L1).toString(u"Free"_s);
+    limitText = u"Limit: "_s + user.value("gdps_limit_label"_L1).toString(u"-"_s);
+    showAccountTexts();
+
+    availableCores = sessionCoresOf(reply.body);
+    fillCoreCombo();
+    statusLabel->setText(u"Tarnwick desktop session ready."_s);
+    fetchProjects();
+}
+
+/// Signs the desktop out locally. Any failed session check ends here, a network error too.
+void TarnwickClientWindow::resetAccount()
+{
+    state.access_token.clear();
+    projects.clear();
+    availableCores.clear();
+    forgetAccountTexts();
+    showAccountTexts();
+    fillProjectTable();
+    fillCoreCombo();
+    updateControls();
+    saveState();
+}
+
+/// Reloads the project list only; the session is not checked again.
+void TarnwickClientWindow::refreshProjects()
+{
+    statusLabel->setText(u"Refreshing your Tarnwick projects..."_s);
+    fetchProjects();
+}
+
+/// Forgets the token and everything that came with it, without telling the service.
+void TarnwickClientWindow::unlink()
+{
+    state.access_token.clear();
+    linkCode.clear();
+    approveUrl.clear();
+    pollTimer->stop();
+    availableCores.clear();
+    projects.clear();
+    forgetAccountTexts();
+
+    linkCodeEdit->clear();
+    resetCreateForm();
+    fillCoreCombo();
+    fillProjectTable();
+    showAccountTexts();
+    updateControls();
+    saveState();
+    statusLabel->setText(u"Tarnwick desktop client unlinked."_s);
+}
+
+void TarnwickClientWindow::forgetAccountTexts()
+{
+    accountNameText = u"Not linked yet"_s;
+    planText = u"Plan: -"_s;
+    limitText = u"Limit: -"_s;
+}
+
+void TarnwickClientWindow::showAccountTexts()
+{
+    accountNameLabel->setText(accountNameText);
+    planLabel->setText(planText);
+    limitLabel->setText(limitText);
+}

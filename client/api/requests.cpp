@@ -1,0 +1,92 @@
+#include "api/request_limits.h"
+#include "api/single_pass_body.h"
+#include "app/tarnwick_client_window.h"
+
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QNetworkRequest>
+#include <QUrl>
+#include <QUrlQuery>
+#include <QVariant>
+
+namespace {
+
+QNetworkRequest requestFor(const QUrl& url)
+{
+    QNetworkRequest request(url);
+    request.setTransferTimeout(requestTimeoutMs);
+    request.setRawHeader("Accept", "application/json");
+    request.setRawHeader("User-Agent", "Tarnwick-QtClient/1.0");
+    // A redirect to another origin would hand the bearer token to whoever the redirect names.
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::SameOriginRedirectPolicy);
+    // The token is the only thing that identifies this desktop: a cookie would outlive unlinking.
+    request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
+    request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
+    return request;
+}
+
+QByteArray requestBodyOf(const FormFields& fields)
+{
+    QUrlQuery query;
+    for (const auto& [name, value] : fields) {
+        query.addQueryItem(name, value);
+    }
+    return query.toString(QUrl::FullyEncoded).toUtf8();
+}
+
+QNetworkReply* requestPost(QNetworkAccessManager* manager, const QNetworkRequest& request,
+                           const QByteArray& content)
+{
+    auto* body = new SinglePassBody(content);
+    QNetworkReply* reply = manager->post(request, body);
+    body->setParent(reply);
+    return reply;
+}
+
+} // namespace
+
+/**
+ * Sends one request: a GET without fields, a form POST with them. One call is one HTTP exchange, never
+ * repeated.
+ *
+ * The kind counts as busy from now until handleReply has the reply, whatever becomes of the transfer.
+ */
+void TarnwickClientWindow::sendRequest(TaskKind kind, const QUrl& url, const FormFields& fields,
+                                       bool sendAuth)
+{
+    setBusy(kind, true);
+    updateControls();
+
+    QNetworkRequest request = requestFor(url);
+    if (sendAuth && state.isLinked()) {
+        request.setRawHeader("Authorization", "Bearer " + state.access_token.toUtf8());
+    }
+
+    QNetworkReply* reply = nullptr;
+    if (fields.isEmpty()) {
+        reply = networkManager->get(request);
+    } else {
+        const QByteArray content = requestBodyOf(fields);
+        request.setHeader(QNetworkRequest::ContentTypeHeader, u"application/x-www-form-urlencoded"_s);
+        reply = requestPost(networkManager, request, content);
+    }
+    reply->setProperty("taskKind", static_cast<int>(kind));
+    connect(reply, &QNetworkReply::finished, this, [this, reply] { handleReply(reply); });
+
+    // The service's replies are small; without a bound, memory would be the only limit for a wrong one.
+    connect(reply, &QNetworkReply::readyRead, this, [reply] {
+        if (reply->bytesAvailable() > requestMaxReplyBytes) {
+            reply->abort();
+        }
+    });
+}
+
+bool TarnwickClientWindow::isBusy(TaskKind kind) const
+{
+    return busyFlags.at(static_cast<std::size_t>(kind));
+}
+
+void TarnwickClientWindow::setBusy(TaskKind kind, bool busy)
+{
+    busyFlags.at(static_cast<std::size_t>(kind)) = busy;
+}

@@ -1,0 +1,28 @@
+#include "api/single_pass_body.h"
+
+#include <algorithm>
+#include <utility>
+
+SinglePassBody::SinglePassBody(QByteArray content) : bytes(std::move(content))
+{
+    // Unbuffered, or QIODevice would read ahead and seek back on its own.
+    open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+}
+
+bool SinglePassBody::reset()
+{
+    return consumed == 0;
+}
+
+qint64 SinglePassBody::readData(char* data, qint64 maxSize)
+{
+    const qint64 count = std::min(maxSize, bytes.size() - consumed);
+    std::copy_n(bytes.cbegin() + consumed, count, data);
+    consumed += count;
+    return count;
+}
+
+qint64 SinglePassBody::writeData(const char* /*data*/, qint64 /*maxSize*/)
+{
+    return -1;
+}

@@ -1,0 +1,75 @@
+#include "app/tarnwick_client_window.h"
+
+#include <QCoreApplication>
+#include <QIcon>
+#include <QLabel>
+#include <QPixmap>
+
+#include <array>
+#include <filesystem>
+#include <system_error>
+
+namespace {
+
+std::filesystem::path logoWorkingDirectory()
+{
+    std::error_code error;
+    std::filesystem::path folder = std::filesystem::current_path(error);
+    return error ? std::filesystem::path() : folder;
+}
+
+std::filesystem::path logoExecutablePath()
+{
+    const std::string path = QCoreApplication::applicationFilePath().toStdString();
+    return path.empty() ? logoWorkingDirectory() / "TarnwickClient" : std::filesystem::path(path);
+}
+
+bool logoExistsAt(const std::filesystem::path& candidate)
+{
+    std::error_code error;
+    return !candidate.empty() && std::filesystem::exists(std::filesystem::status(candidate, error));
+}
+
+} // namespace
+
+/// The first place that holds an entry with the logo's name, whatever its kind; empty when there is none.
+std::filesystem::path TarnwickClientWindow::findLogoFile()
+{
+    const std::filesystem::path fileName = "tarnwick-logo.png";
+    const std::filesystem::path executable = logoExecutablePath();
+    const std::filesystem::path folder = logoWorkingDirectory();
+
+    const std::array candidates = {
+        // An installed bundle
+        executable.parent_path().parent_path() / "Resources" / fileName,
+        // A bare executable with the logo beside it
+        executable.parent_path() / fileName,
+        // A start from the folder that holds the project tree
+        folder / "tarnwick" / "static" / fileName,
+        // A start from the folder that holds the client's build tree
+        folder / "client" / "build" / "Tarnwick.app" / "Contents" / "Resources" / fileName,
+    };
+    for (const std::filesystem::path& candidate : candidates) {
+        if (logoExistsAt(candidate)) {
+            return candidate;
+        }
+    }
+    return {};
+}
+
+/// Shows the logo in the header and as the window icon. Without one the header keeps its text.
+void TarnwickClientWindow::loadLogo()
+{
+    const std::filesystem::path file = findLogoFile();
+    if (file.empty()) {
+        return;
+    }
+    const std::u8string utf8 = file.u8string();
+    const QString path = QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+    const QPixmap logo(path);
+    if (logo.isNull()) {
+        return;
+    }
+    logoLabel->setPixmap(logo.scaled(logoLabel->size(), Qt::KeepAspectRatio, Qt::SmoothTransformation));
+    setWindowIcon(QIcon(path));
+}

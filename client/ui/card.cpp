@@ -1,0 +1,58 @@
+#include "ui/card.h"
+
+#include <QFrame>
+#include <QLabel>
+#include <QMargins>
+#include <QScrollArea>
+#include <QVBoxLayout>
+
+QFrame* newCardFrame(const QString& objectName)
+{
+    auto* frame = new QFrame;
+    frame->setObjectName(objectName);
+    frame->setFrameShape(QFrame::NoFrame);
+    return frame;
+}
+
+Card newCard(const QString& objectName, const QMargins& margins)
+{
+    auto* frame = newCardFrame(objectName);
+    auto* column = new QVBoxLayout(frame);
+    column->setContentsMargins(margins);
+    return {frame, column};
+}
+
+QLabel* newCardTitle(const QString& text)
+{
+    auto* label = new QLabel(text);
+    label->setObjectName(QStringLiteral("CardTitle"));
+    return label;
+}
+
+QLabel* newMutedLabel(const QString& text)
+{
+    auto* label = new QLabel(text);
+    label->setObjectName(QStringLiteral("MutedLabel"));
+    label->setWordWrap(true);
+    return label;
+}
+
+QLabel* newServiceTextLabel(const QString& text, const QString& objectName)
+{
+    auto* label = new QLabel;
+    label->setTextFormat(Qt::PlainText);
+    label->setText(text);
+    label->setObjectName(objectName);
+    return label;
+}
+
+QScrollArea* newScrollingPage(QWidget* page)
+{
+    auto* area = new QScrollArea;
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    // It follows the focus of the fields inside it; a stop of its own would be one that nobody can see.
+    area->setFocusPolicy(Qt::NoFocus);
+    area->setWidget(page);
+    return area;
+}
