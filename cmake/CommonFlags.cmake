@@ -21,6 +21,7 @@ target_compile_definitions(tarnwick_flags INTERFACE
 
 if(MSVC)
     target_compile_options(tarnwick_flags INTERFACE /W4 /utf-8 /permissive-)
+    target_compile_definitions(tarnwick_flags INTERFACE _CRT_SECURE_NO_WARNINGS) # getenv is what we mean
 else()
     target_compile_options(tarnwick_flags INTERFACE
         -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast

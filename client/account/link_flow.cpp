@@ -11,7 +11,6 @@
 namespace {
 
 constexpr int linkPollIntervalMs = 1500;
-constexpr int linkStatusPending = 202;
 constexpr int linkStatusUnknownCode = 404;
 constexpr int linkStatusExpiredCode = 410;
 
@@ -26,8 +25,7 @@ void TarnwickClientWindow::requestLinkCode()
     }
     // The service is about to learn this device identifier, so it must be on disk before.
     saveState();
-    sendRequest(TaskKind::LinkStart, serviceUrl(u"/api/pc/link/start"_s), {{u"device_id"_s, state.device_id}},
-                false);
+    sendRequest(TaskKind::LinkStart, serviceUrl(u"/api/pc/link/start"_s), {{u"device_id"_s, state.device_id}}, false);
 }
 
 /// Shows the new code and starts to wait for its approval. A failure leaves an earlier code as it was.
@@ -44,8 +42,7 @@ void TarnwickClientWindow::handleLinkStart(const ServiceReply& reply)
     if (!linkCode.isEmpty()) {
         pollTimer->start(linkPollIntervalMs);
     }
-    const QString ready =
-        u"Code %1 is ready. Approve it at "_s + publicHost() + u"/link/pc before it expires."_s;
+    const QString ready = u"Code %1 is ready. Approve it at "_s + publicHost() + u"/link/pc before it expires."_s;
     statusLabel->setText(ready.arg(linkCode));
 }
 
@@ -69,7 +66,7 @@ void TarnwickClientWindow::handleLinkPoll(const ServiceReply& reply)
         giveUpPolling(reply);
         return;
     }
-    if (reply.status != linkStatusPending) {
+    if (!reply.isPending()) {
         acceptLink(reply);
         return;
     }
@@ -79,10 +76,11 @@ void TarnwickClientWindow::handleLinkPoll(const ServiceReply& reply)
     }
 }
 
-/// The user approved the code: keeps the token and asks whom it belongs to.
+/// The user approved the code: keeps the token and asks whom it belongs to. An approval without a token unlinks.
 void TarnwickClientWindow::acceptLink(const ServiceReply& reply)
 {
     state.access_token = reply.body.value("access_token"_L1).toString().trimmed();
+    updateControls();
     pollTimer->stop();
     saveState();
     statusLabel->setText(reply.messageOr(u"Tarnwick desktop client linked."_s));

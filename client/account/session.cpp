@@ -9,8 +9,7 @@
 
 namespace {
 
-/// The cores that a session reply offers, in the service's order. A core without a key could not be asked
-/// for.
+/// The cores that a session reply offers, in the service's order. A core without a key could not be asked for.
 QList<CoreChoice> sessionCoresOf(const QJsonObject& body)
 {
     QList<CoreChoice> cores;
@@ -27,8 +26,7 @@ QList<CoreChoice> sessionCoresOf(const QJsonObject& body)
 
 } // namespace
 
-/// Asks the service whom the token belongs to. Silent when there is no token or when it is being asked
-/// already.
+/// Asks the service whom the token belongs to. Silent when there is no token or when it is being asked already.
 void TarnwickClientWindow::checkSession()
 {
     if (!isBusy(TaskKind::Session) && state.isLinked()) {

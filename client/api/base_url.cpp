@@ -24,8 +24,7 @@ QString TarnwickClientWindow::baseUrl() const
     return url;
 }
 
-/// The URL of a path of the service. The two are joined as plain text: the base URL may hold a path of its
-/// own.
+/// The URL of a path of the service. The two are joined as plain text: the base URL may hold a path of its own.
 QUrl TarnwickClientWindow::serviceUrl(const QString& path) const
 {
     return QUrl(baseUrl() + path, QUrl::TolerantMode);

@@ -1,5 +1,6 @@
 #include "app/tarnwick_client_window.h"
 
+#include <QByteArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLabel>
@@ -9,7 +10,6 @@
 
 namespace {
 
-constexpr int replyStatusAccepted = 202;
 constexpr int replyStatusFirstError = 400;
 
 /// An aborted or timed-out reply is closed already; reading it would only make Qt complain.
@@ -26,14 +26,14 @@ QString replyServerText(const QJsonObject& body)
 }
 
 /// The one rule by which every reply is judged. An empty text means success.
-QString replyErrorText(int status, const QJsonObject& body, const QNetworkReply* reply)
+QString replyErrorText(const ServiceReply& result, const QNetworkReply* reply)
 {
-    if (status == replyStatusAccepted) {
+    if (result.isPending()) {
         return {};
     }
-    const QString serverText = replyServerText(body);
-    if (status >= replyStatusFirstError) {
-        return serverText.isEmpty() ? u"Tarnwick returned HTTP %1."_s.arg(status) : serverText;
+    const QString serverText = replyServerText(result.body);
+    if (result.status >= replyStatusFirstError) {
+        return serverText.isEmpty() ? u"Tarnwick returned HTTP %1."_s.arg(result.status) : serverText;
     }
     if (reply->error() != QNetworkReply::NoError) {
         return serverText.isEmpty() ? reply->errorString() : serverText;
@@ -50,7 +50,7 @@ void TarnwickClientWindow::handleReply(QNetworkReply* reply)
     ServiceReply result;
     result.status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     result.body = QJsonDocument::fromJson(replyBodyOf(reply)).object();
-    result.errorText = replyErrorText(result.status, result.body, reply);
+    result.errorText = replyErrorText(result, reply);
 
     if (kindValue >= 0 && kindValue < static_cast<int>(taskKindCount)) {
         setBusy(static_cast<TaskKind>(kindValue), false);

@@ -2,6 +2,7 @@
 #include "api/single_pass_body.h"
 #include "app/tarnwick_client_window.h"
 
+#include <QByteArray>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
@@ -34,8 +35,7 @@ QByteArray requestBodyOf(const FormFields& fields)
     return query.toString(QUrl::FullyEncoded).toUtf8();
 }
 
-QNetworkReply* requestPost(QNetworkAccessManager* manager, const QNetworkRequest& request,
-                           const QByteArray& content)
+QNetworkReply* requestPost(QNetworkAccessManager* manager, const QNetworkRequest& request, const QByteArray& content)
 {
     auto* body = new SinglePassBody(content);
     QNetworkReply* reply = manager->post(request, body);
@@ -46,13 +46,11 @@ QNetworkReply* requestPost(QNetworkAccessManager* manager, const QNetworkRequest
 } // namespace
 
 /**
- * Sends one request: a GET without fields, a form POST with them. One call is one HTTP exchange, never
- * repeated.
+ * Sends one request: a GET without fields, a form POST with them. A POST is never sent twice.
  *
  * The kind counts as busy from now until handleReply has the reply, whatever becomes of the transfer.
  */
-void TarnwickClientWindow::sendRequest(TaskKind kind, const QUrl& url, const FormFields& fields,
-                                       bool sendAuth)
+void TarnwickClientWindow::sendRequest(TaskKind kind, const QUrl& url, const FormFields& fields, bool sendAuth)
 {
     setBusy(kind, true);
     updateControls();
@@ -66,9 +64,8 @@ void TarnwickClientWindow::sendRequest(TaskKind kind, const QUrl& url, const For
     if (fields.isEmpty()) {
         reply = networkManager->get(request);
     } else {
-        const QByteArray content = requestBodyOf(fields);
         request.setHeader(QNetworkRequest::ContentTypeHeader, u"application/x-www-form-urlencoded"_s);
-        reply = requestPost(networkManager, request, content);
+        reply = requestPost(networkManager, request, requestBodyOf(fields));
     }
     reply->setProperty("taskKind", static_cast<int>(kind));
     connect(reply, &QNetworkReply::finished, this, [this, reply] { handleReply(reply); });

@@ -2,8 +2,7 @@
 
 #include <QString>
 
-/// The service's public host name. The build sets it; every text and URL that names the host takes it from
-/// here.
+/// The service's public host name. The build sets it; every text and URL that names the host takes it from here.
 inline QString publicHost()
 {
     return QStringLiteral(TARNWICK_PUBLIC_HOST);

@@ -13,6 +13,8 @@ struct ServiceReply
     /// One sentence for the status line; empty when the reply counts as a success.
     QString errorText;
 
+    /// Accepted, with the outcome still to come. Never a failure.
+    bool isPending() const { return status == 202; }
     bool failed() const { return !errorText.isEmpty(); }
     /// The service's own sentence when it sent one, even an empty one; otherwise the fallback.
     QString messageOr(const QString& fallback) const

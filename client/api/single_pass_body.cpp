@@ -9,11 +9,6 @@ SinglePassBody::SinglePassBody(QByteArray content) : bytes(std::move(content))
     open(QIODevice::ReadOnly | QIODevice::Unbuffered);
 }
 
-bool SinglePassBody::reset()
-{
-    return consumed == 0;
-}
-
 qint64 SinglePassBody::readData(char* data, qint64 maxSize)
 {
     const qint64 count = std::min(maxSize, bytes.size() - consumed);

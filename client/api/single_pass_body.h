@@ -16,12 +16,12 @@ public:
     /// Opens itself for reading.
     explicit SinglePassBody(QByteArray content);
 
-    /// The whole body is known, so Qt announces its length instead of buffering it in a form that can be
-    /// rewound.
+    /// The whole body is known, so Qt announces its length instead of buffering it in a form that can be rewound.
     bool isSequential() const override { return false; }
     qint64 size() const override { return bytes.size(); }
-    /// Succeeds until the first byte has been read.
-    bool reset() override;
+    /// Both fail once that would go back.
+    bool reset() override { return consumed == 0; }
+    bool seek(qint64 position) override { return position == consumed && QIODevice::seek(position); }
 
 protected:
     qint64 readData(char* data, qint64 maxSize) override;

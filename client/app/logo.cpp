@@ -7,6 +7,7 @@
 
 #include <array>
 #include <filesystem>
+#include <string>
 #include <system_error>
 
 namespace {
@@ -21,13 +22,15 @@ std::filesystem::path logoWorkingDirectory()
 std::filesystem::path logoExecutablePath()
 {
     const std::string path = QCoreApplication::applicationFilePath().toStdString();
-    return path.empty() ? logoWorkingDirectory() / "TarnwickClient" : std::filesystem::path(path);
+    // As UTF-8, whatever narrow encoding the system has.
+    return path.empty() ? logoWorkingDirectory() / "TarnwickClient"
+                        : std::filesystem::path(std::u8string(path.cbegin(), path.cend()));
 }
 
 bool logoExistsAt(const std::filesystem::path& candidate)
 {
     std::error_code error;
-    return !candidate.empty() && std::filesystem::exists(std::filesystem::status(candidate, error));
+    return !candidate.empty() && std::filesystem::exists(candidate, error) && !error;
 }
 
 } // namespace

@@ -5,17 +5,14 @@
 #include "ui/theme_style_sheet.h"
 
 #include <QApplication>
-#include <QCloseEvent>
 #include <QLabel>
 #include <QNetworkAccessManager>
 #include <QTimer>
 
 /// The client's start-up. Nothing in it stops early: whatever is missing or broken gets its default.
 TarnwickClientWindow::TarnwickClientWindow()
-    : accountNameText(u"Not linked yet"_s),
-      planText(u"Plan: -"_s),
-      limitText(u"Limit: -"_s)
 {
+    forgetAccountTexts();
     setWindowTitle(u"Tarnwick Client"_s);
     resize(1220, 860);
     setMinimumSize(1060, 760);
@@ -33,9 +30,10 @@ TarnwickClientWindow::TarnwickClientWindow()
     pollTimer->setInterval(2000);
     connect(pollTimer, &QTimer::timeout, this, [this] { pollLink(); });
 
-    buildUi();
-    // The sheet leaves alternate rows, scroll bars and pop-up lists to the palette, so that comes with it.
+    // The sheet leaves alternate rows, scroll bars and pop-up lists to the palette. Set before there is a widget, it
+    // costs nothing.
     QApplication::setPalette(themePalette());
+    buildUi();
     qApp->setStyleSheet(themeStyleSheet.toString());
     loadLogo();
     updateControls();

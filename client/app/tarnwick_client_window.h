@@ -39,8 +39,7 @@ namespace {
  * The whole client: one window that holds every piece of state and every operation on it.
  *
  * This declaration is the map of the client. Each group below lives in the folder of the same name.
- * Everything runs on the GUI thread. Every outcome, progress and failure alike, ends as one sentence in
- * statusLabel.
+ * Everything runs on the GUI thread. Every outcome, progress and failure alike, ends as one sentence in statusLabel.
  */
 class TarnwickClientWindow : public QMainWindow
 {
@@ -98,7 +97,7 @@ private:
 
     // create: the creation form
     void createInstance();
-    FormFields createFields(const QString& displayName) const;
+    FormFields creationFields(const QString& displayName) const;
     void handleCreateInstance(const ServiceReply& reply);
     void resetCreateForm();
 
@@ -114,6 +113,7 @@ private:
     QWidget* buildCreatePage();
     QGridLayout* buildCreateForm();
     void buildCreateFields();
+    void addFocusFrame();
     void connectControls();
     void updateControls();
 

@@ -29,10 +29,10 @@ void TarnwickClientWindow::createInstance()
         statusLabel->setText(u"Enter a GDPS name first."_s);
         return;
     }
-    const FormFields fields = createFields(displayName);
+    const FormFields fields = creationFields(displayName);
 
-    // On purpose before the busy test: a second press while a creation is under way still says what is going
-    // on.
+    // On purpose before the busy test: a second press while a creation is under way still says what is going on.
+    // The token is looked at again because nothing must ever be created without it, whatever comes in between.
     statusLabel->setText(u"Creating your GDPS from the Tarnwick desktop client..."_s);
     if (isBusy(TaskKind::CreateInstance) || !state.isLinked()) {
         return;
@@ -40,9 +40,8 @@ void TarnwickClientWindow::createInstance()
     sendRequest(TaskKind::CreateInstance, serviceUrl(u"/api/pc/instances/create"_s), fields, true);
 }
 
-/// The form's contents in the order of the request. A box that is not checked and a missing core are left
-/// out.
-FormFields TarnwickClientWindow::createFields(const QString& displayName) const
+/// The form's contents in the order of the request. A box that is not checked and a missing core are left out.
+FormFields TarnwickClientWindow::creationFields(const QString& displayName) const
 {
     FormFields fields = {
         {u"display_name"_s, displayName},

@@ -2,8 +2,9 @@
 
 #include <QComboBox>
 
-/// Offers the account's cores; the item's data is the key that a create request sends. The first one is
-/// current.
+#include <utility>
+
+/// Offers the account's cores; the item's data is the key that a create request sends. The first one is current.
 void TarnwickClientWindow::fillCoreCombo()
 {
     coreCombo->clear();

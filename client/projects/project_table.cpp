@@ -7,12 +7,14 @@
 #include <QTableWidgetItem>
 #include <QUrl>
 
+#include <utility>
+
 namespace {
 
 QBrush projectStatusBrush(const QString& status)
 {
-    const bool running = status.compare("online"_L1, Qt::CaseInsensitive) == 0 ||
-                         status.compare("active"_L1, Qt::CaseInsensitive) == 0;
+    const bool running =
+        status.compare("online"_L1, Qt::CaseInsensitive) == 0 || status.compare("active"_L1, Qt::CaseInsensitive) == 0;
     return {running ? QColor(0x76, 0xff, 0xa6) : QColor(0xf0, 0xc7, 0x9e)};
 }
 

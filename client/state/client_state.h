@@ -9,7 +9,7 @@
  */
 struct ClientState
 {
-    /// Service base URL as it was loaded, without a trailing slash. What gets saved is the URL field instead.
+    /// Service base URL as it was loaded, or the built-in one. What gets saved is the URL field instead.
     QString origin;
     /// Identifies this installation to the service; outlives unlinking.
     QString device_id;

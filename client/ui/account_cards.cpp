@@ -27,8 +27,8 @@ QFrame* TarnwickClientWindow::buildLinkCard()
     const auto [card, column] = newCard(u"PanelCard"_s, {22, 20, 22, 22});
     column->setSpacing(12);
     column->addWidget(newCardTitle(u"Link Tarnwick Account"_s));
-    column->addWidget(newMutedLabel(u"Generate a one-time link code, then approve it at "_s + publicHost() +
-                                    u"/link/pc."_s));
+    column->addWidget(
+        newMutedLabel(u"Generate a one-time link code, then approve it at "_s + publicHost() + u"/link/pc."_s));
 
     auto* form = new QFormLayout;
     form->setLabelAlignment(Qt::AlignLeft);
@@ -59,9 +59,8 @@ QFrame* TarnwickClientWindow::buildAccountCard()
     const auto [card, column] = newCard(u"PanelCard"_s, {22, 20, 22, 22});
     column->setSpacing(12);
     column->addWidget(newCardTitle(u"Linked Account"_s));
-    column->addWidget(
-        newMutedLabel(u"Once linked, the desktop client can load your account plan, available cores, "
-                      "and current GDPS list."_s));
+    column->addWidget(newMutedLabel(u"Once linked, the desktop client can load your account plan, available cores, "
+                                    "and current GDPS list."_s));
 
     accountNameLabel = newAccountLabel(accountNameText, u"PrimaryValue"_s);
     column->addWidget(accountNameLabel);

@@ -3,7 +3,6 @@
 #include <QFrame>
 #include <QLabel>
 #include <QMargins>
-#include <QScrollArea>
 #include <QVBoxLayout>
 
 QFrame* newCardFrame(const QString& objectName)
@@ -44,15 +43,4 @@ QLabel* newServiceTextLabel(const QString& text, const QString& objectName)
     label->setText(text);
     label->setObjectName(objectName);
     return label;
-}
-
-QScrollArea* newScrollingPage(QWidget* page)
-{
-    auto* area = new QScrollArea;
-    area->setFrameShape(QFrame::NoFrame);
-    area->setWidgetResizable(true);
-    // It follows the focus of the fields inside it; a stop of its own would be one that nobody can see.
-    area->setFocusPolicy(Qt::NoFocus);
-    area->setWidget(page);
-    return area;
 }

@@ -5,9 +5,7 @@
 class QFrame;
 class QLabel;
 class QMargins;
-class QScrollArea;
 class QVBoxLayout;
-class QWidget;
 
 // The pieces that the window's cards are made of. Each is parentless until a layout adopts it.
 
@@ -34,6 +32,3 @@ QLabel* newMutedLabel(const QString& text);
  * Drawn as markup, a tag in it could open local files or keep the window busy for ever.
  */
 QLabel* newServiceTextLabel(const QString& text, const QString& objectName);
-
-/// A tab page that scrolls when the window is too low for it, instead of squeezing its fields to nothing.
-QScrollArea* newScrollingPage(QWidget* page);

@@ -9,6 +9,7 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QTextDocument>
 #include <QVBoxLayout>
 
 namespace {
@@ -44,9 +45,8 @@ QWidget* TarnwickClientWindow::buildCreatePage()
     const auto [card, column] = newCard(u"PanelCard"_s, {22, 20, 22, 22});
     column->setSpacing(12);
     column->addWidget(newCardTitle(u"Create a New GDPS"_s));
-    column->addWidget(
-        newMutedLabel(u"This Qt layout replaces the old fixed-position client, so everything reflows "
-                      "correctly when the window moves or resizes."_s));
+    column->addWidget(newMutedLabel(u"This Qt layout replaces the old fixed-position client, so everything reflows "
+                                    "correctly when the window moves or resizes."_s));
     column->addLayout(buildCreateForm());
 
     auto* checks = new QVBoxLayout;
@@ -60,8 +60,8 @@ QWidget* TarnwickClientWindow::buildCreatePage()
 
     createButton = new QPushButton(u"Create GDPS"_s);
     column->addWidget(createButton, 0, Qt::AlignLeft);
-    QLabel* buildLabel = newMutedLabel(u"Current desktop build: "_s + createPlatformName());
-    buildLabel->setWordWrap(false);
+    auto* buildLabel = new QLabel(u"Current desktop build: "_s + createPlatformName());
+    buildLabel->setObjectName(u"MutedLabel"_s);
     column->addWidget(buildLabel);
     column->addStretch(1);
 
@@ -92,7 +92,7 @@ QGridLayout* TarnwickClientWindow::buildCreateForm()
     return grid;
 }
 
-/// Makes the form's fields in reading order, which is also the order in which Tab visits them.
+/// Makes the form's fields as a new form shows them.
 void TarnwickClientWindow::buildCreateFields()
 {
     gdpsNameEdit = new QLineEdit;

@@ -26,9 +26,8 @@ QWidget* TarnwickClientWindow::buildListPage()
     const auto [introCard, intro] = newCard(u"PanelCard"_s, {22, 18, 22, 18});
     intro->setSpacing(8);
     intro->addWidget(newCardTitle(u"Your Tarnwick Projects"_s));
-    intro->addWidget(
-        newMutedLabel(u"Pick any project row and open its panel or public page. The table stretches "
-                      "automatically so the UI stays aligned on resize."_s));
+    intro->addWidget(newMutedLabel(u"Pick any project row and open its panel or public page. The table stretches "
+                                   "automatically so the UI stays aligned on resize."_s));
     column->addWidget(introCard);
 
     const auto [tableCard, list] = newCard(u"PanelCard"_s, {18, 18, 18, 18});

@@ -1,5 +1,6 @@
 #include "app/tarnwick_client_window.h"
 #include "ui/card.h"
+#include "ui/scrolling_page.h"
 
 #include <QFrame>
 #include <QHBoxLayout>
@@ -11,8 +12,7 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
-/// Builds the whole widget tree, with layouts only, and connects the controls. Colours and fonts are the
-/// sheet's.
+/// Builds the whole widget tree, with layouts only, and connects the controls. Colours and fonts are the sheet's.
 void TarnwickClientWindow::buildUi()
 {
     auto* central = new QWidget(this);
@@ -32,6 +32,7 @@ void TarnwickClientWindow::buildUi()
     tabs->addTab(newScrollingPage(createPage), u"Create GDPS"_s);
     outer->addWidget(tabs, 1);
     setCentralWidget(central);
+    addFocusFrame();
 
     connectControls();
 }
@@ -54,9 +55,8 @@ QFrame* TarnwickClientWindow::buildHeaderCard()
     auto* heroTitle = new QLabel(u"Tarnwick Desktop Client"_s);
     heroTitle->setObjectName(u"HeroTitle"_s);
     titles->addWidget(heroTitle);
-    titles->addWidget(
-        newMutedLabel(u"A layout-based Qt build for linking your Tarnwick account, browsing projects, "
-                      "and creating new GDPS servers without the old raylib UI drift."_s));
+    titles->addWidget(newMutedLabel(u"A layout-based Qt build for linking your Tarnwick account, browsing projects, "
+                                    "and creating new GDPS servers without the old raylib UI drift."_s));
     titles->addStretch(1);
     row->addLayout(titles, 1);
     return card;

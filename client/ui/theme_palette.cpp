@@ -37,7 +37,7 @@ QPalette themePalette()
     palette.setColor(QPalette::Midlight, button);
     palette.setColor(QPalette::Mid, line);
     palette.setColor(QPalette::Dark, line);
-    palette.setColor(QPalette::Shadow, background);
+    palette.setColor(QPalette::Shadow, line);
 
     palette.setColor(QPalette::Disabled, QPalette::WindowText, disabledInputText);
     palette.setColor(QPalette::Disabled, QPalette::Text, disabledInputText);

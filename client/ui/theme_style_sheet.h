@@ -3,8 +3,7 @@
 #include <QStringView>
 
 /**
- * The client's whole look. Later rules win over earlier ones of equal weight, so their order is part of the
- * design.
+ * The client's whole look. Later rules win over earlier ones of equal weight, so their order is part of the design.
  *
  * Widgets are picked by class and by the object names that buildUi gives them.
  */

@@ -1,0 +1,13 @@
+# Settles the one date that the package bears everywhere: SOURCE_DATE_EPOCH if it is set, else that of the last
+# commit, else, outside of a repository, that of the newest release.
+if("$ENV{SOURCE_DATE_EPOCH}" STREQUAL "")
+    execute_process(
+        COMMAND git -C "${CPACK_TARNWICK_SOURCE_DIR}" log -1 --format=%ct
+        OUTPUT_VARIABLE date OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
+    if(NOT date)
+        execute_process(
+            COMMAND date --utc --date "${CPACK_TARNWICK_NEWEST_DATE}" +%s
+            OUTPUT_VARIABLE date OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    endif()
+    set(ENV{SOURCE_DATE_EPOCH} "${date}")
+endif()

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "reply_script.h"
+
+#include <QObject>
+#include <QTimer>
+
+class QTcpSocket;
+
+namespace support {
+
+/// Sends one script at its pace. Holds back while the client does not read, so that a huge answer needs
+/// little memory.
+class ReplyPlayer : public QObject
+{
+    Q_OBJECT
+
+public:
+    ReplyPlayer(ReplyScript script, QTcpSocket* socket, QObject* parent);
+
+    void start();
+
+Q_SIGNALS:
+    /// The last byte has been handed to the system.
+    void finished();
+
+private:
+    void sendMore();
+    qint64 nextBlockSize() const;
+    qint64 unsentBytes() const;
+    bool isDripping() const;
+
+    ReplyScript m_script;
+    QTcpSocket* m_socket = nullptr;
+    qint64 m_position = 0;
+    QTimer m_pause;
+    bool m_isFinished = false;
+};
+
+} // namespace support

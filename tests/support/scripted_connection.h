@@ -1,0 +1,56 @@
+#pragma once
+
+#include "recorded_request.h"
+#include "reply_script.h"
+#include "request_reader.h"
+
+#include <QList>
+#include <QObject>
+#include <QTimer>
+
+class QTcpSocket;
+
+namespace support {
+
+/// One connection of the scripted server: reads requests, and plays the answers in the order of the requests.
+class ScriptedConnection : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Takes the socket over. Call begin() once the signals are connected.
+    ScriptedConnection(int number, QTcpSocket* socket, QObject* parent);
+
+    void begin();
+    /// Answers the request that came due last.
+    void answer(const ReplyScript& script);
+    /// True between two requests.
+    bool isIdle() const;
+    void close();
+    void reset();
+
+Q_SIGNALS:
+    void bytesReceived(qint64 count);
+    /// A whole request has come in.
+    void requestArrived(const support::RecordedRequest& request);
+    /// It is that request's turn to be answered.
+    void requestDue(const support::RecordedRequest& request);
+    void gone();
+
+private:
+    enum class Stage { WaitingForRequest, WaitingForAnswer, Answering, Silent };
+
+    void readMore();
+    void takeNextRequest();
+    void endAnswer(Ending ending, int idleMs);
+
+    int m_number = 0;
+    QTcpSocket* m_socket = nullptr;
+    RequestReader m_reader;
+    QList<RecordedRequest> m_waiting;
+    Stage m_stage = Stage::WaitingForRequest;
+    bool m_clientKeepsAlive = true;
+    QTimer m_idle;
+};
+
+} // namespace support

@@ -1,0 +1,195 @@
+#include "tls_material.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QProcess>
+#include <QStringList>
+
+using Qt::StringLiterals::operator""_s;
+
+namespace support {
+
+namespace {
+
+constexpr int toolTimeoutMs = 60000;
+
+/// All that the tool needs to know, so that a system's own configuration plays no part.
+constexpr QByteArrayView toolConfiguration(R"([req]
+distinguished_name = name
+prompt = no
+[name]
+[authority]
+basicConstraints = critical, CA:true
+keyUsage = critical, keyCertSign, cRLSign
+subjectKeyIdentifier = hash
+[loopback]
+basicConstraints = critical, CA:false
+extendedKeyUsage = serverAuth
+subjectAltName = DNS:localhost, IP:127.0.0.1, IP:::1
+[elsewhere]
+basicConstraints = critical, CA:false
+extendedKeyUsage = serverAuth
+subjectAltName = DNS:elsewhere.example
+[ca]
+default_ca = signing
+[signing]
+database = database.txt
+serial = serial.txt
+new_certs_dir = .
+default_md = sha256
+policy = anything
+unique_subject = no
+[anything]
+commonName = supplied
+)");
+
+QDateTime daysFromNow(int days)
+{
+    return QDateTime::currentDateTimeUtc().addDays(days);
+}
+
+QString certificateTime(const QDateTime& time)
+{
+    return time.toString(u"yyyyMMddHHmmss'Z'"_s);
+}
+
+} // namespace
+
+TlsMaterial::TlsMaterial()
+{
+    write(u"tool.cnf"_s, toolConfiguration.toByteArray());
+    write(u"database.txt"_s, {});
+    write(u"serial.txt"_s, "01\n");
+    makeAuthority(u"authority"_s) && run({u"genrsa"_s, u"-out"_s, u"leaf.key"_s, u"2048"_s});
+}
+
+bool TlsMaterial::isUsable() const
+{
+    return m_errorText.isEmpty();
+}
+
+QString TlsMaterial::errorText() const
+{
+    return m_errorText;
+}
+
+QSslCertificate TlsMaterial::authority() const
+{
+    return QSslCertificate(read(u"authority.pem"_s));
+}
+
+TlsIdentity TlsMaterial::good()
+{
+    return makeLeaf(u"good"_s, u"authority"_s, u"loopback"_s, daysFromNow(-1), daysFromNow(30));
+}
+
+TlsIdentity TlsMaterial::selfSigned()
+{
+    return makeLeaf(u"self-signed"_s, {}, u"loopback"_s, daysFromNow(-1), daysFromNow(30));
+}
+
+TlsIdentity TlsMaterial::expired()
+{
+    return makeLeaf(u"expired"_s, u"authority"_s, u"loopback"_s, daysFromNow(-30), daysFromNow(-1));
+}
+
+TlsIdentity TlsMaterial::notYetValid()
+{
+    return makeLeaf(u"not-yet-valid"_s, u"authority"_s, u"loopback"_s, daysFromNow(1), daysFromNow(30));
+}
+
+TlsIdentity TlsMaterial::wrongHost()
+{
+    return makeLeaf(u"wrong-host"_s, u"authority"_s, u"elsewhere"_s, daysFromNow(-1), daysFromNow(30));
+}
+
+TlsIdentity TlsMaterial::unknownAuthority()
+{
+    const QString stranger = u"stranger"_s;
+    if (!QFile::exists(m_folder.filePath(stranger + u".pem"_s)) && !makeAuthority(stranger)) {
+        return {};
+    }
+    return makeLeaf(u"unknown"_s, stranger, u"loopback"_s, daysFromNow(-1), daysFromNow(30));
+}
+
+bool TlsMaterial::run(const QStringList& arguments)
+{
+    if (!isUsable()) {
+        return false;
+    }
+    QProcess tool;
+    tool.setWorkingDirectory(m_folder.path());
+    tool.setProcessChannelMode(QProcess::MergedChannels);
+    tool.setStandardInputFile(QProcess::nullDevice());
+    tool.start(u"openssl"_s, arguments);
+    if (!tool.waitForFinished(toolTimeoutMs)) {
+        m_errorText = u"openssl does not run: "_s + tool.errorString();
+    } else if (tool.exitStatus() != QProcess::NormalExit || tool.exitCode() != 0) {
+        m_errorText = u"openssl %1 failed: %2"_s.arg(arguments.join(QLatin1Char(' ')),
+                                                     QString::fromLocal8Bit(tool.readAll()));
+    }
+    return isUsable();
+}
+
+bool TlsMaterial::makeAuthority(const QString& name)
+{
+    return run({u"req"_s, u"-config"_s, u"tool.cnf"_s, u"-x509"_s, u"-newkey"_s, u"rsa:2048"_s, u"-nodes"_s,
+                u"-keyout"_s, name + u".key"_s, u"-out"_s, name + u".pem"_s, u"-days"_s, u"30"_s,
+                u"-extensions"_s, u"authority"_s, u"-subj"_s, u"/CN=Loopback test "_s + name});
+}
+
+TlsIdentity TlsMaterial::makeLeaf(const QString& name, const QString& authority, const QString& extensions,
+                                  const QDateTime& from, const QDateTime& until)
+{
+    const QString request = name + u".csr"_s;
+    const QString certificate = name + u".pem"_s;
+    QStringList signing = {u"ca"_s,
+                           u"-config"_s,
+                           u"tool.cnf"_s,
+                           u"-batch"_s,
+                           u"-notext"_s,
+                           u"-in"_s,
+                           request,
+                           u"-out"_s,
+                           certificate,
+                           u"-extensions"_s,
+                           extensions,
+                           u"-startdate"_s,
+                           certificateTime(from),
+                           u"-enddate"_s,
+                           certificateTime(until)};
+    if (authority.isEmpty()) {
+        signing += {u"-selfsign"_s, u"-keyfile"_s, u"leaf.key"_s};
+    } else {
+        signing += {u"-cert"_s, authority + u".pem"_s, u"-keyfile"_s, authority + u".key"_s};
+    }
+    const bool isMade = run({u"req"_s, u"-config"_s, u"tool.cnf"_s, u"-new"_s, u"-key"_s, u"leaf.key"_s,
+                             u"-out"_s, request, u"-subj"_s, u"/CN=Loopback test "_s + name}) &&
+                        run(signing);
+    if (!isMade) {
+        return {};
+    }
+    TlsIdentity identity;
+    identity.chain.append(QSslCertificate(read(certificate)));
+    if (!authority.isEmpty()) {
+        identity.chain.append(QSslCertificate(read(authority + u".pem"_s)));
+    }
+    identity.key = QSslKey(read(u"leaf.key"_s), QSsl::Rsa);
+    return identity;
+}
+
+QByteArray TlsMaterial::read(const QString& fileName) const
+{
+    QFile file(m_folder.filePath(fileName));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void TlsMaterial::write(const QString& fileName, const QByteArray& content)
+{
+    QFile file(m_folder.filePath(fileName));
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()) {
+        m_errorText = file.errorString();
+    }
+}
+
+} // namespace support

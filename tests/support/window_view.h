@@ -1,0 +1,80 @@
+#pragma once
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTableWidget>
+#include <QWidget>
+
+namespace support {
+
+/**
+ * The client's window as a person meets it: controls are found by what is written on or beside them.
+ *
+ * Each finder gives null when the window has no such control. The widgets belong to the window.
+ */
+class WindowView
+{
+public:
+    explicit WindowView(const QWidget& window) : root(window) {}
+
+    QPushButton* button(QStringView text) const { return withText<QPushButton>(text); }
+    QCheckBox* checkBox(QStringView text) const { return withText<QCheckBox>(text); }
+    QLabel* label(const QString& objectName) const { return root.findChild<QLabel*>(objectName); }
+    QTableWidget* table() const { return root.findChild<QTableWidget*>(); }
+    QTabWidget* tabs() const { return root.findChild<QTabWidget*>(); }
+
+    /// The field that a form label names, found as a screen reader finds it.
+    template <typename Field>
+    Field* field(QStringView labelText) const
+    {
+        const QLabel* label = withText<QLabel>(labelText);
+        return label != nullptr ? qobject_cast<Field*>(label->buddy()) : nullptr;
+    }
+    QLineEdit* line(QStringView labelText) const { return field<QLineEdit>(labelText); }
+    QComboBox* combo(QStringView labelText) const { return field<QComboBox>(labelText); }
+    QPlainTextEdit* description() const { return root.findChild<QPlainTextEdit*>(); }
+
+    /// The one sentence in the status card.
+    QString status() const { return label(QStringLiteral("StatusText"))->text(); }
+    /// The linked account's name, plan and limit, as the card shows them.
+    QStringList account() const
+    {
+        QStringList texts{label(QStringLiteral("PrimaryValue"))->text()};
+        const auto values = root.findChildren<QLabel*>(QStringLiteral("MutedValue"));
+        for (const QLabel* value : values) {
+            texts.append(value->text());
+        }
+        return texts;
+    }
+    /// The texts of one row of the project table.
+    QStringList row(int number) const
+    {
+        QStringList texts;
+        for (int column = 0; column < table()->columnCount(); ++column) {
+            texts.append(table()->item(number, column)->text());
+        }
+        return texts;
+    }
+
+private:
+    template <typename Widget>
+    Widget* withText(QStringView text) const
+    {
+        const auto widgets = root.findChildren<Widget*>();
+        for (Widget* widget : widgets) {
+            if (widget->text() == text) {
+                return widget;
+            }
+        }
+        return nullptr;
+    }
+
+    const QWidget& root;
+};
+
+} // namespace support
