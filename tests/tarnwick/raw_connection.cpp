@@ -15,6 +15,8 @@ RawConnection::RawConnection(int port) : m_socket(socket(AF_INET, SOCK_STREAM, 0
     address.sin_family = AF_INET;
     address.sin_port = htons(static_cast<std::uint16_t>(port));
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    // The socket interface takes every kind of address as this one.
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast)
     if (connect(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
         close(m_socket);
         m_socket = -1;

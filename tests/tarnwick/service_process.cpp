@@ -47,6 +47,7 @@ ServiceProcess::ServiceProcess(const std::vector<std::string>& arguments)
     std::vector<std::string> texts{TARNWICK_SERVICE_PROGRAM};
     texts.insert(texts.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
     for (std::string& text : texts) {
         pointers.push_back(text.data());
     }
@@ -88,7 +89,7 @@ std::string ServiceProcess::readLine()
     if (end == std::string::npos) {
         return {};
     }
-    const std::string line = m_unread.substr(0, end);
+    std::string line = m_unread.substr(0, end);
     m_unread.erase(0, end + 1);
     return line;
 }
