@@ -3,6 +3,7 @@ include_guard(GLOBAL)
 
 option(TARNWICK_WERROR "Treat compiler warnings as errors" OFF)
 option(TARNWICK_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+option(TARNWICK_FUZZ "Build the fuzz targets, with Clang and with what its libFuzzer needs in every file" OFF)
 
 add_library(tarnwick_flags INTERFACE)
 target_compile_features(tarnwick_flags INTERFACE cxx_std_20)
@@ -36,4 +37,7 @@ if(TARNWICK_SANITIZE)
     target_compile_options(tarnwick_flags INTERFACE
         -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(tarnwick_flags INTERFACE -fsanitize=address,undefined)
+endif()
+if(TARNWICK_FUZZ)
+    target_compile_options(tarnwick_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()

@@ -91,8 +91,8 @@ HttpReply noRouteReply(const HttpRequest& request)
     if (methods.empty()) {
         return errorReply(request.path, 404, "Page not found", "There is nothing at this address.");
     }
-    HttpReply reply =
-        errorReply(request.path, 405, "Method not allowed", "This address does not take " + request.method + ".");
+    const std::string method = isUtf8(request.method) ? request.method : "this method";
+    HttpReply reply = errorReply(request.path, 405, "Method not allowed", "This address does not take " + method + ".");
     reply.headers.emplace_back("Allow", methods);
     return reply;
 }

@@ -73,6 +73,10 @@ void TarnwickClientWindow::loadLogo()
     if (logo.isNull()) {
         return;
     }
-    logoLabel->setPixmap(logo.scaled(logoLabel->size(), Qt::KeepAspectRatio, Qt::SmoothTransformation));
+    // In the screen's own pixels: stretched to them afterwards, the logo would be blurred on a dense screen.
+    const qreal density = logoLabel->devicePixelRatioF();
+    QPixmap fitted = logo.scaled(logoLabel->size() * density, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    fitted.setDevicePixelRatio(density);
+    logoLabel->setPixmap(fitted);
     setWindowIcon(QIcon(path));
 }

@@ -1,5 +1,6 @@
 #include "app/tarnwick_client_window.h"
 #include "ui/card.h"
+#include "ui/cell_delegate.h"
 
 #include <QFrame>
 #include <QHeaderView>
@@ -48,6 +49,7 @@ void TarnwickClientWindow::buildProjectTable()
     projectTable->setSelectionMode(QAbstractItemView::SingleSelection);
     projectTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
     projectTable->setAlternatingRowColors(true);
+    projectTable->setItemDelegate(new CellDelegate(projectTable));
     projectTable->verticalHeader()->hide();
 
     QHeaderView* header = projectTable->horizontalHeader();

@@ -7,23 +7,16 @@
 #include <QFile>
 #include <QImage>
 #include <QString>
-#include <QStringList>
 
-#include <cstdio>
-
-using Qt::StringLiterals::operator""_s;
+#include <iostream>
+#include <span>
+#include <string_view>
 
 namespace {
 
-int failWith(const QString& sentence)
+bool saveBytes(const char* name, const QByteArray& bytes)
 {
-    std::fputs(qPrintable(sentence + u'\n'), stderr);
-    return 1;
-}
-
-bool saveBytes(const QString& name, const QByteArray& bytes)
-{
-    QFile file(name);
+    QFile file(QFile::decodeName(name));
     return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.flush();
 }
 
@@ -31,24 +24,24 @@ bool saveBytes(const QString& name, const QByteArray& bytes)
 
 int main(int argc, char* argv[])
 {
-    QStringList arguments;
-    for (int i = 1; i < argc; ++i) {
-        arguments.append(QFile::decodeName(argv[i]));
-    }
-    const bool wantsPng = arguments.size() == 4 && arguments.at(1) == u"png";
-    const bool wantsIcns = arguments.size() == 3 && arguments.at(1) == u"icns";
+    const std::span arguments(argv, static_cast<std::size_t>(argc));
+    const bool wantsPng = argc == 5 && std::string_view(arguments[2]) == "png";
+    const bool wantsIcns = argc == 4 && std::string_view(arguments[2]) == "icns";
     if (!wantsPng && !wantsIcns) {
-        return failWith(u"Usage: icon_maker IMAGE png SIZE FILE | icon_maker IMAGE icns FILE"_s);
+        std::cerr << "Usage: icon_maker IMAGE png SIZE FILE | icon_maker IMAGE icns FILE\n";
+        return 1;
     }
 
-    const QImage image(arguments.first());
+    const QImage image(QFile::decodeName(arguments[1]));
     if (image.isNull() || image.width() != image.height()) {
-        return failWith(u"%1 is not a square image"_s.arg(arguments.first()));
+        std::cerr << arguments[1] << " is not a square image\n";
+        return 1;
     }
 
-    const QByteArray bytes = wantsIcns ? icnsFile(image) : pngFile(image, arguments.at(2).toInt());
-    if (bytes.isEmpty() || !saveBytes(arguments.last(), bytes)) {
-        return failWith(u"%1 could not be written"_s.arg(arguments.last()));
+    const QByteArray bytes = wantsIcns ? icnsFile(image) : pngFile(image, QByteArray(arguments[3]).toInt());
+    if (bytes.isEmpty() || !saveBytes(arguments.back(), bytes)) {
+        std::cerr << arguments.back() << " could not be written\n";
+        return 1;
     }
     return 0;
 }

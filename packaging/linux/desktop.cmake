@@ -3,10 +3,15 @@ include(GNUInstallDirs)
 include("${CMAKE_CURRENT_LIST_DIR}/../changelog.cmake")
 include("${CMAKE_CURRENT_LIST_DIR}/../icons/icons.cmake")
 
-set(TARNWICK_PICTURES_URL "https://${TARNWICK_PUBLIC_HOST}/desktop-client" CACHE STRING
-    "Where the pictures are published that the metainfo names")
-set(TARNWICK_MAINTAINER "The Tarnwick client developers <desktop-client@${TARNWICK_PUBLIC_HOST}>" CACHE STRING
-    "Who answers for the packages")
+# Empty unless they are set, so that they follow the host when it changes.
+set(TARNWICK_PICTURES_URL "" CACHE STRING "Where the pictures are published that the metainfo names")
+set(TARNWICK_MAINTAINER "" CACHE STRING "Who answers for the package: NAME <ADDRESS>")
+if(NOT TARNWICK_PICTURES_URL)
+    set(TARNWICK_PICTURES_URL "https://${TARNWICK_PUBLIC_HOST}/desktop-client")
+endif()
+if(NOT TARNWICK_MAINTAINER)
+    set(TARNWICK_MAINTAINER "The Tarnwick client developers <desktop-client@${TARNWICK_PUBLIC_HOST}>")
+endif()
 
 # The changelog is one of the sources of the files below.
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS

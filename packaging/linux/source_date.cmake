@@ -2,7 +2,7 @@
 # commit, else, outside of a repository, that of the newest release.
 if("$ENV{SOURCE_DATE_EPOCH}" STREQUAL "")
     execute_process(
-        COMMAND git -C "${CPACK_TARNWICK_SOURCE_DIR}" log -1 --format=%ct
+        COMMAND git -c safe.directory=* -C "${CPACK_TARNWICK_SOURCE_DIR}" log -1 --format=%ct
         OUTPUT_VARIABLE date OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
     if(NOT date)
         execute_process(
