@@ -55,7 +55,7 @@ public:
     {
         const QWidget& owner = window();
         const auto timers = owner.findChildren<QTimer*>(QString(), Qt::FindDirectChildrenOnly);
-        return timers.size() == 1 ? timers.first() : nullptr;
+        return timers.size() == 1 ? timers.constFirst() : nullptr;
     }
     /// One tick of it, now.
     void tick() { bench.tickPollTimer(); }
