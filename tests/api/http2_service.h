@@ -1,0 +1,61 @@
+#pragma once
+
+#include "support/tls_identity.h"
+
+#include <QByteArray>
+#include <QHash>
+#include <QObject>
+#include <QPointer>
+#include <QSslServer>
+#include <QString>
+
+class QTcpSocket;
+
+/// Just enough of HTTP/2 over TLS to answer every request alike: with a JSON body of any size, or by going away
+/// without an answer. It reads no header, so it cannot tell one path from another.
+class Http2Service : public QSslServer
+{
+    Q_OBJECT
+
+public:
+    enum class Behaviour {
+        Answer,       ///< status 200 and the body
+        Close,        ///< ends the connection
+        GoAway,       ///< says that it has looked at no request, and ends the connection
+        RefuseStream, ///< says that this one request has not been looked at
+    };
+
+    explicit Http2Service(const support::TlsIdentity& identity);
+
+    QString origin() const;
+    /// The text, repeated and cut to the size.
+    void answerWith(const QByteArray& text, qint64 size);
+    void behave(Behaviour wanted) { behaviour = wanted; }
+    int requestCount() const { return requests; }
+
+private:
+    struct Connection
+    {
+        QByteArray received;
+        bool hasPreface = false;
+        qint64 window = 65535;
+        qint64 streamWindow = 65535;
+        QHash<quint32, qint64> streamWindows;
+        QHash<quint32, qint64> sent;
+    };
+
+    void accept();
+    void readMore(QTcpSocket* socket);
+    void handleFrame(QTcpSocket* socket, char type, char flags, quint32 stream, const QByteArray& payload);
+    void readSettings(Connection& connection, const QByteArray& payload);
+    void answerRequest(QTcpSocket* socket, quint32 stream);
+    void sendMore(QTcpSocket* socket);
+    QByteArray bodyPart(qint64 offset, qint64 size) const;
+    static void sendFrame(QTcpSocket* socket, char type, char flags, quint32 stream, const QByteArray& payload);
+
+    QHash<QTcpSocket*, Connection> connections;
+    Behaviour behaviour = Behaviour::Answer;
+    QByteArray pattern;
+    qint64 bodySize = 0;
+    int requests = 0;
+};

@@ -1,0 +1,152 @@
+// A service may speak HTTP/2. What holds for HTTP/1.1 holds for it: one press is one request, and no reply may take
+// the memory of the machine.
+#include "app/tarnwick_client_window.h"
+
+#include "api/http2_service.h"
+#include "api/request_limits.h"
+#include "support/message_catcher.h"
+#include "support/scripted_server.h"
+#include "support/service_bench.h"
+#include "support/system_memory.h"
+#include "support/tls_material.h"
+#include "support/trusted_ca.h"
+
+#include <QTest>
+
+#include <memory>
+#include <optional>
+
+using support::Call;
+
+class Http2Test : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void cleanupTestCase();
+    void anAnswerCountsAsOverTheOtherProtocol();
+    void aBodyOverTheBoundIsGivenUp();
+    void aBodyOfExactlyTheBoundIsRead();
+    void aCreationArrivesOnce_data();
+    void aCreationArrivesOnce();
+
+private:
+    std::unique_ptr<support::TlsMaterial> material;
+    support::TlsIdentity identity;
+    std::optional<support::TrustedCa> trust;
+    std::unique_ptr<support::MessageCatcher> messages;
+    std::unique_ptr<support::ScriptedServer> server;
+    std::unique_ptr<support::ServiceBench> bench;
+    std::unique_ptr<Http2Service> service;
+};
+
+namespace {
+
+constexpr qint64 http2Mebibyte = 1024LL * 1024;
+constexpr int http2PatienceMs = 60000;
+// Built with a transfer timeout beyond all patience: nothing but the bound can end a reply here.
+static_assert(requestTimeoutMs > http2PatienceMs);
+
+} // namespace
+
+void Http2Test::initTestCase()
+{
+    material = std::make_unique<support::TlsMaterial>();
+    QVERIFY2(material->isUsable(), qPrintable(material->errorText()));
+    identity = material->good();
+    QVERIFY2(material->isUsable(), qPrintable(material->errorText()));
+    trust.emplace(material->authority());
+    // For all of the tests: Qt's network thread may have something to say about one after its end.
+    messages = std::make_unique<support::MessageCatcher>();
+}
+
+void Http2Test::init()
+{
+    messages->clear();
+    server = std::make_unique<support::ScriptedServer>();
+    bench = std::make_unique<support::ServiceBench>(*server, [] { return std::make_unique<TarnwickClientWindow>(); });
+    service = std::make_unique<Http2Service>(identity);
+    QVERIFY(bench->prepare(Call::CreateInstance));
+    bench->view().line(u"Tarnwick URL")->setText(service->origin());
+}
+
+void Http2Test::cleanup()
+{
+    bench.reset();
+    service.reset();
+    server.reset();
+    const QList<support::CaughtMessage> entries = messages->entries();
+    for (const support::CaughtMessage& entry : entries) {
+        // Qt names every broken stream there.
+        QVERIFY2(entry.category == u"qt.network.http2"_s, qPrintable(entry.text));
+    }
+}
+
+void Http2Test::cleanupTestCase()
+{
+#if defined(__SANITIZE_ADDRESS__)
+    return; // keeps freed memory for a while on purpose
+#endif
+    const qint64 peak = support::peakMemoryBytes();
+    QVERIFY2(peak < 400 * http2Mebibyte, qPrintable(u"%1 MiB"_s.arg(peak / http2Mebibyte)));
+}
+
+void Http2Test::anAnswerCountsAsOverTheOtherProtocol()
+{
+    const QByteArray body = R"({"instances":[{},{}]})";
+    service->answerWith(body, body.size());
+    bench->bringAbout(Call::Instances);
+    QTRY_COMPARE(bench->view().status(), u"Loaded 2 Tarnwick project(s)."_s);
+    QCOMPARE(service->requestCount(), 1);
+}
+
+void Http2Test::aBodyOverTheBoundIsGivenUp()
+{
+    service->answerWith("0123456789abcdef", 1024 * http2Mebibyte);
+    bench->bringAbout(Call::Instances);
+    QTRY_COMPARE_WITH_TIMEOUT(bench->view().status(), u"Operation canceled"_s, http2PatienceMs);
+    QVERIFY(bench->view().button(u"Refresh")->isEnabled());
+    QCOMPARE(bench->view().table()->rowCount(), 1);
+}
+
+void Http2Test::aBodyOfExactlyTheBoundIsRead()
+{
+    QByteArray body = R"({"instances":[{},{},{}],"filler":")";
+    body.append(QByteArray(requestMaxReplyBytes - body.size() - 2, 'x')).append("\"}");
+    service->answerWith(body, body.size());
+    body.clear();
+    bench->bringAbout(Call::Instances);
+    QTRY_COMPARE_WITH_TIMEOUT(bench->view().status(), u"Loaded 3 Tarnwick project(s)."_s, http2PatienceMs);
+}
+
+void Http2Test::aCreationArrivesOnce_data()
+{
+    QTest::addColumn<Http2Service::Behaviour>("behaviour");
+    QTest::newRow("connection closed") << Http2Service::Behaviour::Close;
+    QTest::newRow("told to go away") << Http2Service::Behaviour::GoAway;
+    QTest::newRow("request refused") << Http2Service::Behaviour::RefuseStream;
+}
+
+void Http2Test::aCreationArrivesOnce()
+{
+    QFETCH(Http2Service::Behaviour, behaviour);
+    service->behave(behaviour);
+    bench->bringAbout(Call::CreateInstance);
+    QTRY_VERIFY(bench->view().button(u"Create GDPS")->isEnabled());
+    QVERIFY(!bench->view().status().isEmpty());
+    QVERIFY(bench->view().status() != u"Creating your GDPS from the Tarnwick desktop client..."_s);
+    QCOMPARE(bench->view().line(u"GDPS Name")->text(), u"Neon Burst"_s);
+
+    const QByteArray body = R"({"instances":[{},{}]})";
+    service->behave(Http2Service::Behaviour::Answer);
+    service->answerWith(body, body.size());
+    bench->bringAbout(Call::Instances);
+    QTRY_COMPARE(bench->view().status(), u"Loaded 2 Tarnwick project(s)."_s);
+    QCOMPARE(service->requestCount(), 2);
+}
+
+QTEST_MAIN(Http2Test)
+#include "http2_test.moc"
