@@ -1,0 +1,96 @@
+"""Processes that the tests start, and that never outlive them."""
+
+import atexit
+import ctypes
+import os
+import signal
+import subprocess
+
+from harness.waiting import wait_until
+
+PR_SET_PDEATHSIG = 1
+_libc = ctypes.CDLL(None)
+_running = []
+
+
+class ChildProcess:
+    """A program with its output in a file. It leads a process group, so that its own helpers end with it."""
+
+    def __init__(self, arguments, output, environment=None, folder=None, pass_fds=()):
+        self.name = os.path.basename(arguments[0])
+        self.output = output
+        with open(output, "wb") as sink:
+            self._process = subprocess.Popen(
+                arguments, stdin=subprocess.DEVNULL, stdout=sink, stderr=subprocess.STDOUT, env=environment, cwd=folder,
+                pass_fds=pass_fds, process_group=0, preexec_fn=_end_with_parent)
+        self.pid = self._process.pid
+        _running.append(self)
+
+    def text(self):
+        with open(self.output, encoding="utf-8", errors="replace") as source:
+            return source.read()
+
+    def exit_code(self):
+        """None while the program runs."""
+        return self._process.poll()
+
+    def wait_for_line(self, prefix, limit=15.0):
+        """The rest of the first whole line of its output that starts with the prefix."""
+        def rest():
+            for line in self.text().splitlines(keepends=True):
+                if line.startswith(prefix) and line.endswith("\n"):
+                    return line[len(prefix):].strip()
+            if self.exit_code() is not None:
+                raise RuntimeError(f"{self.name} ended with {self.exit_code()}: {self.text()}")
+            return None
+        return wait_until(rest, f"a line '{prefix}' from {self.name}", limit)
+
+    def wait_for_end(self, limit=15.0):
+        """Its exit code."""
+        wait_until(lambda: self.exit_code() is not None, f"the end of {self.name}", limit)
+        self._forget()
+        return self.exit_code()
+
+    def signal(self, number):
+        if self.exit_code() is None:
+            self._process.send_signal(number)
+
+    def end(self):
+        """Asks it to end, and ends it when it does not."""
+        if self not in _running:
+            return
+        self._process.terminate()
+        try:
+            self._process.wait(timeout=5)
+        except subprocess.TimeoutExpired:
+            self._process.kill()
+            self._process.wait()
+        self._forget()
+
+    def _forget(self):
+        try:
+            os.killpg(self.pid, signal.SIGKILL)  # helpers that it left behind
+        except (ProcessLookupError, PermissionError):
+            pass
+        if self in _running:
+            _running.remove(self)
+
+
+def _end_with_parent():
+    _libc.prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
+
+
+def end_all():
+    """Ends every program that still runs, the youngest first."""
+    for process in reversed(list(_running)):
+        process.end()
+
+
+def _leave(_number, _frame):
+    # The one exception that a test runner does not take for a failed test.
+    raise KeyboardInterrupt
+
+
+atexit.register(end_all)
+signal.signal(signal.SIGTERM, _leave)
+signal.signal(signal.SIGHUP, _leave)

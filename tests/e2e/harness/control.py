@@ -1,0 +1,116 @@
+"""One control of a window, as a screen reader meets it."""
+
+import warnings
+
+from gi.repository import GLib
+
+from harness.accessibility import Atspi
+from harness.waiting import NotThere
+
+
+class Control:
+    """Wraps an accessible object. Every question goes to the program: remembered answers would be old ones."""
+
+    def __init__(self, accessible):
+        self.accessible = accessible
+
+    @property
+    def role(self):
+        return self.accessible.get_role_name()
+
+    @property
+    def name(self):
+        self._forget()
+        return self.accessible.get_name()
+
+    def title(self):
+        """What its user calls it: the label beside it, or else its own name."""
+        labels = self.relation("labelled-by")
+        return labels[0].name if labels else self.name
+
+    def states(self):
+        """The states' names, such as 'focused' or 'read-only'."""
+        self._forget()
+        return {state.value_nick for state in self.accessible.get_state_set().get_states()}
+
+    def enabled(self):
+        return "enabled" in self.states()
+
+    def focused(self):
+        return "focused" in self.states()
+
+    def children(self):
+        self._forget()
+        children = (self.accessible.get_child_at_index(index) for index in range(self.accessible.get_child_count()))
+        return [Control(child) for child in children if child is not None]
+
+    def descendants(self):
+        """Everything inside, without what lists and tables make up for each visit and soon forget again."""
+        for child in self.children():
+            yield child
+            if child.role not in ("table", "list"):
+                yield from child.descendants()
+
+    def extents(self):
+        """Left, top, width and height on the screen."""
+        box = self.accessible.get_extents(Atspi.CoordType.SCREEN)
+        return box.x, box.y, box.width, box.height
+
+    def relation(self, kind):
+        """The controls that stand in a relation to this one, such as 'labelled-by'."""
+        for relation in self.accessible.get_relation_set():
+            if relation.get_relation_type().value_nick == kind:
+                return [Control(relation.get_target(index)) for index in range(relation.get_n_targets())]
+        return []
+
+    def actions(self):
+        with warnings.catch_warnings():
+            # The library's notes call this one deprecated in favour of itself.
+            warnings.simplefilter("ignore", DeprecationWarning)
+            return [self.accessible.get_action_name(index) for index in range(self.accessible.get_n_actions())]
+
+    def do(self, action):
+        """Performs an action that the control offers."""
+        actions = self.actions()
+        if action not in actions:
+            raise NotThere(f"{self} offers {actions}, not {action}")
+        self.accessible.do_action(actions.index(action))
+
+    def press(self):
+        self.do("Press")
+
+    def take_focus(self):
+        self.do("SetFocus")
+
+    def text(self):
+        """The contents of a text field."""
+        return self.accessible.get_text(0, self.accessible.get_character_count())
+
+    def set_text(self, text):
+        if not self.accessible.set_text_contents(text):
+            raise NotThere(f"{self} does not take a text")
+
+    def choices(self):
+        """What a combo box offers."""
+        return [item.name for box in self.children() if box.role == "list" for item in box.children()]
+
+    def rows(self):
+        """The texts of a table, row by row."""
+        self._forget()
+        columns = range(self.accessible.get_n_columns())
+        return [[self._cell_text(row, column) for column in columns] for row in range(self.accessible.get_n_rows())]
+
+    def _cell_text(self, row, column):
+        cell = self.accessible.get_accessible_at(row, column)
+        if cell is None:
+            raise NotThere("the table is just being filled")
+        return cell.get_name()
+
+    def __repr__(self):
+        try:
+            return f"{self.role} '{self.name}'"
+        except GLib.Error:
+            return "a control that is gone"
+
+    def _forget(self):
+        self.accessible.clear_cache()

@@ -1,0 +1,68 @@
+"""Walks through a window with the keyboard and keeps track of where the focus goes."""
+
+from harness.accessibility import Atspi
+from harness.client_window import takes_focus
+from harness.control import Control
+from harness.waiting import wait_until
+
+# More stops than any page of the window has; a walk that is longer goes in circles.
+_MOST_STOPS = 30
+
+
+class FocusWalker:
+    def __init__(self, window, keyboard):
+        self._window = window
+        self._keyboard = keyboard
+        self._latest = None
+        self._listener = Atspi.EventListener.new(self._take_note)
+        self._listener.register("object:state-changed:focused")
+
+    def control(self):
+        """The control that has the focus."""
+        return wait_until(self._focused, "a control with the focus")
+
+    def here(self):
+        """Its role and title."""
+        control = self.control()
+        return control.role, control.title()
+
+    def move(self, key="Tab"):
+        """Presses the key, waits until the focus is somewhere else and tells where."""
+        before = self.here()
+        self._keyboard.press(key)
+        return wait_until(lambda: self._elsewhere(before), f"the focus to leave {before} after {key}")
+
+    def round_trip(self, key="Tab"):
+        """The titles of all stops, from here until the focus is back."""
+        stops = [self.here()]
+        while len(stops) < _MOST_STOPS:
+            stop = self.move(key)
+            if stop == stops[0]:
+                return [title for _role, title in stops]
+            stops.append(stop)
+        raise AssertionError(f"{key} does not lead back to {stops[0]}: {stops}")
+
+    def go_to(self, title, key="Tab"):
+        """Presses the key until the control of that title has the focus."""
+        passed = [self.here()]
+        while passed[-1][1] != title:
+            if len(passed) > _MOST_STOPS:
+                raise AssertionError(f"{key} does not lead to '{title}': {passed}")
+            passed.append(self.move(key))
+
+    def _elsewhere(self, before):
+        here = self._announced()
+        place = here and (here.role, here.title())
+        return place if place != before else None
+
+    def _focused(self):
+        # Asking the last one that came forward is much quicker than asking every control of the window.
+        return self._announced() or self._window.focused()
+
+    def _announced(self):
+        """The last control that said it had got the focus, if it still has it."""
+        return self._latest if self._latest is not None and takes_focus(self._latest) else None
+
+    def _take_note(self, event):
+        if event.detail1:
+            self._latest = Control(event.source)

@@ -1,0 +1,49 @@
+"""The fonts of the virtual desktop: one family for text, one for emoji, whatever else the machine has installed."""
+
+import os
+
+TEXT_FAMILY = "DejaVu Sans"
+EMOJI_FAMILY = "Noto Color Emoji"
+
+_FILES = (
+    "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf",
+    "/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf",
+    "/usr/share/fonts/truetype/noto/NotoColorEmoji.ttf",
+)
+
+# Hinting and smoothing are pinned too, so that letters look the same on every machine.
+_CONFIGURATION = """<?xml version="1.0"?>
+<!DOCTYPE fontconfig SYSTEM "urn:fontconfig:fonts.dtd">
+<fontconfig>
+  <dir>/usr/share/fonts/truetype/dejavu</dir>
+  <dir>/usr/share/fonts/truetype/noto</dir>
+  <cachedir>{cache}</cachedir>
+  <selectfont>
+    <rejectfont><glob>*</glob></rejectfont>
+    {accepted}
+  </selectfont>
+  <match target="pattern">
+    <edit name="family" mode="append" binding="strong"><string>{text}</string><string>{emoji}</string></edit>
+  </match>
+  <match target="font">
+    <edit name="antialias" mode="assign"><bool>true</bool></edit>
+    <edit name="hinting" mode="assign"><bool>true</bool></edit>
+    <edit name="hintstyle" mode="assign"><const>hintslight</const></edit>
+    <edit name="rgba" mode="assign"><const>none</const></edit>
+    <edit name="lcdfilter" mode="assign"><const>lcdnone</const></edit>
+  </match>
+</fontconfig>
+"""
+
+
+def write_font_configuration(folder):
+    """Writes the configuration into the folder and returns its path."""
+    missing = [name for name in _FILES if not os.path.exists(name)]
+    if missing:
+        raise FileNotFoundError("Install fonts-dejavu-core and fonts-noto-color-emoji; missing: " + ", ".join(missing))
+    path = os.path.join(folder, "fonts.conf")
+    accepted = "\n    ".join(f"<acceptfont><glob>{name}</glob></acceptfont>" for name in _FILES)
+    with open(path, "w", encoding="utf-8") as target:
+        target.write(_CONFIGURATION.format(cache=os.path.join(folder, "font-cache"), accepted=accepted,
+                                           text=TEXT_FAMILY, emoji=EMOJI_FAMILY))
+    return path

@@ -1,0 +1,107 @@
+"""Pictures of a virtual screen."""
+
+import struct
+import subprocess
+import time
+
+from harness.waiting import wait_until
+
+
+# How long nothing may change on a screen that counts as still, in seconds.
+_STILL = 0.25
+
+# No text has a colour that is made of smaller numbers only.
+_DARK = 128
+
+
+class Screenshot:
+    """The pixels of a whole screen, read from the file in which the virtual screen keeps them."""
+
+    def __init__(self, desktop):
+        with open(desktop.screen_file, "rb") as source:
+            dump = source.read()
+        # An X window dump: 25 big-endian numbers, then a colour map, then four bytes for each pixel.
+        header = struct.unpack(">25I", dump[:100])
+        self._width, self._height, self._line = header[4], header[5], header[12]
+        self._pixels = dump[header[0] + header[19] * 12:]
+
+    def __eq__(self, other):
+        return self._pixels == other._pixels
+
+    def row(self, left, top, width):
+        """The bytes of a part of one line: red, green and blue for each pixel."""
+        start = top * self._line + left * 4
+        kept = self._pixels[start:start + width * 4]
+        colours = bytearray(width * 3)
+        for number in range(3):
+            colours[number::3] = kept[2 - number::4]
+        return bytes(colours)
+
+    def save(self, path, size=None):
+        """Saves the screen as a PNG file, or as much of it as the size says from its upper left corner."""
+        width, height = size or (self._width, self._height)
+        colours = b"".join(self.row(0, line, width) for line in range(height))
+        # Without dates and other extras, the same screen always gives the same file.
+        subprocess.run(["convert", "-size", f"{width}x{height}", "-depth", "8", "rgb:-", "-strip",
+                        "-define", "png:exclude-chunks=date,time", "-define", "png:color-type=2", path],
+                       input=colours, check=True, timeout=60, capture_output=True)
+
+    def ink(self, box):
+        """How many pixels, from the box's upper left corner, its text reaches to the right and down."""
+        left, top, width, height = box
+        right = bottom = 0
+        for line in range(height):
+            row = self.row(left, top + line, width)
+            if max(row) <= _DARK:
+                continue
+            inked = [at // 3 + 1 for at in range(0, len(row), 3) if _is_text(row[at:at + 3])]
+            if inked:
+                bottom = line + 1
+                right = max(right, inked[-1])
+        return right, bottom
+
+
+def wait_for_stillness(desktop, ask):
+    """Waits until everything that was changed has been drawn as well, and returns the picture of it.
+
+    Between two looks the program is asked something, since a program that is too busy to draw looks still, too.
+    """
+    last, since = Screenshot(desktop), time.monotonic()
+
+    def still():
+        nonlocal last, since
+        ask()
+        now = Screenshot(desktop)
+        if now != last:
+            last, since = now, time.monotonic()
+        return last if time.monotonic() - since > _STILL else None
+
+    return wait_until(still, "a screen on which nothing moves")
+
+
+def contrasting_pixels(one, other, box, ratio):
+    """How many pixels of a box differ between two screenshots by at least that contrast ratio."""
+    left, top, width, height = box
+    count = 0
+    for line in range(top, top + height):
+        before, after = one.row(left, line, width), other.row(left, line, width)
+        if before != after:
+            count += sum(contrast(before[at:at + 3], after[at:at + 3]) >= ratio
+                         for at in range(0, len(before), 3) if before[at:at + 3] != after[at:at + 3])
+    return count
+
+
+def contrast(one, other):
+    """The contrast ratio of two colours, from 1 for equal ones to 21 for black on white."""
+    darker, lighter = sorted((_luminance(one), _luminance(other)))
+    return (lighter + 0.05) / (darker + 0.05)
+
+
+def _luminance(colour):
+    linear = [value / 255 / 12.92 if value <= 10 else ((value / 255 + 0.055) / 1.055) ** 2.4 for value in colour]
+    return 0.2126 * linear[0] + 0.7152 * linear[1] + 0.0722 * linear[2]
+
+
+def _is_text(colour):
+    """Texts are bright; backgrounds are dark, and borders in between."""
+    return max(colour) > _DARK and _luminance(colour) > 0.3

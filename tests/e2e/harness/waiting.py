@@ -1,0 +1,59 @@
+"""The one way in which the end-to-end tests wait: for a condition, with a limit."""
+
+import time
+
+from gi.repository import GLib
+
+# How often a condition is looked at when no event arrives in between.
+HEARTBEAT_MS = 20
+
+# Who can tell what the screen looked like when a wait was in vain. Each is called without arguments and returns a text.
+failure_reporters = []
+
+
+class NotThere(LookupError):
+    """Something that is looked for does not exist, or does not exist yet."""
+
+
+class WaitedInVain(AssertionError):
+    """A condition did not come true within its limit."""
+
+
+def wait_until(condition, what, limit=15.0):
+    """Returns the condition's first true value.
+
+    While it waits it lets accessibility events arrive. A condition that raises because the object it asks is just
+    coming or going counts as not true yet.
+    """
+    heartbeat = GLib.timeout_add(HEARTBEAT_MS, lambda: GLib.SOURCE_CONTINUE)
+    end = time.monotonic() + limit
+    trouble = None
+    try:
+        while True:
+            try:
+                value = condition()
+                if value:
+                    return value
+                trouble = None
+            except (LookupError, GLib.Error) as error:
+                trouble = error
+            if time.monotonic() > end:
+                raise WaitedInVain(_account(what, limit, trouble))
+            GLib.MainContext.default().iteration(True)
+    finally:
+        GLib.source_remove(heartbeat)
+
+
+def _account(what, limit, trouble):
+    lines = [f"Waited {limit:g} s in vain for {what}."]
+    if trouble is not None:
+        lines.append(f"The last look failed: {trouble}")
+    lines += [_told_by(report) for report in failure_reporters]
+    return "\n".join(lines)
+
+
+def _told_by(report):
+    try:
+        return report()
+    except Exception as error:  # a report must not hide what it reports on
+        return f"One more report failed: {error}"

@@ -1,0 +1,84 @@
+"""The road of a first use, step by step, with a picture of each station."""
+
+import os
+
+from harness.screen import wait_for_stillness
+from harness.waiting import wait_until
+from harness.window_size import resize_window
+
+FIRST_START = "1-first-start.png"
+CODE_SHOWN = "2-code-shown.png"
+LINKED = "3-linked.png"
+CREATED = "4-created.png"
+
+GDPS = {
+    "GDPS Name": "Sunset Arcade",
+    "Description": "Short levels for a coffee break, with a new one every week.",
+    "Tags": "short, weekly, friendly",
+}
+
+
+def fill_form(window):
+    """Fills in the creation form; its page must be open."""
+    for label, text in GDPS.items():
+        window.field(label).set_text(text)
+
+
+class Walk:
+    """Walks one client, which starts unlinked and knows the service's address, through its first use.
+
+    `size` gives the window another size, in screen pixels, than it opens with.
+    """
+
+    def __init__(self, desktop, client, visitor, pictures, say=lambda step: None, size=None):
+        self._desktop = desktop
+        self._client = client
+        self._visitor = visitor
+        self._pictures = pictures
+        self._say = say
+        self._size = size
+        self._window = None
+
+    def all_steps(self):
+        self.first_start()
+        self.generate_code()
+        self.approve()
+        self.create()
+
+    def first_start(self):
+        self._window = self._client.start()
+        self._window.wait_for_status("Ready to link your Tarnwick account.")
+        if self._size is not None:
+            resize_window(self._desktop, *self._size)
+        # Where the next key press would go; and a text cursor, which blinks, would be no good in a picture.
+        self._window.button("Generate Link Code").take_focus()
+        self._picture(FIRST_START, "Started: ready to link")
+
+    def generate_code(self):
+        self._window.press("Generate Link Code")
+        code = wait_until(lambda: self._window.field("Link code").text(), "a link code")
+        self._window.wait_for_status(lambda text: text.startswith("Waiting for approval."))
+        self._window.button("Open Public Pairing Page").take_focus()
+        self._picture(CODE_SHOWN, f"Link code {code} shown")
+
+    def approve(self):
+        self._window.press("Open Public Pairing Page")
+        self._visitor.decide(self._desktop.opened.next(), "approve")
+        self._window.wait_for_status("Loaded 2 Tarnwick project(s).")
+        self._picture(LINKED, "Approved on the pairing page: linked, 2 projects listed")
+
+    def create(self):
+        self._window.open_tab("Create GDPS")
+        fill_form(self._window)
+        self._window.press("Create GDPS")
+        self._window.open_tab("Your GDPS List")
+        self._window.wait_for_status("Loaded 3 Tarnwick project(s).")
+        wait_until(lambda: GDPS["GDPS Name"] in [row[0] for row in self._window.table().rows()],
+                   "the new GDPS in the list")
+        self._window.button("Open Selected Project").take_focus()
+        self._picture(CREATED, f"Created {GDPS['GDPS Name']}: 3 projects listed")
+
+    def _picture(self, name, step):
+        picture = wait_for_stillness(self._desktop, self._window.status)
+        picture.save(os.path.join(self._pictures, name), self._size)
+        self._say(f"{step} ({name})")
