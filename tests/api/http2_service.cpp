@@ -26,7 +26,7 @@ constexpr quint32 refusedStreamError = 7;
 constexpr qsizetype frameHeadSize = 9;
 constexpr qsizetype frameMaxPayload = 16384;
 constexpr qint64 frameMostUnsent = 256LL * 1024;
-constexpr char connectionPreface[] = "PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n";
+constexpr QByteArrayView connectionPreface("PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n");
 
 QByteArray bigEndian(quint32 number)
 {
@@ -88,10 +88,9 @@ void Http2Service::accept()
 void Http2Service::readMore(QTcpSocket* socket)
 {
     connections[socket].received += socket->readAll();
-    const qsizetype prefaceSize = qsizetype(sizeof connectionPreface) - 1;
-    if (!connections[socket].hasPreface && connections[socket].received.size() >= prefaceSize) {
+    if (!connections[socket].hasPreface && connections[socket].received.size() >= connectionPreface.size()) {
         Q_ASSERT(connections[socket].received.startsWith(connectionPreface));
-        connections[socket].received.remove(0, prefaceSize);
+        connections[socket].received.remove(0, connectionPreface.size());
         connections[socket].hasPreface = true;
     }
     // A frame may end the connection, which takes it out of the list.

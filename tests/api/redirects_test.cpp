@@ -9,6 +9,7 @@
 
 #include <QTest>
 
+#include <array>
 #include <memory>
 #include <optional>
 
@@ -48,7 +49,7 @@ private:
 
 namespace {
 
-constexpr int redirectStatuses[] = {301, 302, 303, 307, 308};
+constexpr std::array redirectStatuses = {301, 302, 303, 307, 308};
 
 auto redirectWindowMaker()
 {

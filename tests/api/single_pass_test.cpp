@@ -268,11 +268,11 @@ void SinglePassTest::aDemandForAPasswordIsNotAnswered_data()
     QTest::addColumn<int>("status");
     QTest::addColumn<QByteArray>("header");
     QTest::addColumn<QByteArray>("demand");
-    QTest::newRow("basic") << 401 << QByteArray("WWW-Authenticate") << QByteArray("Basic realm=\"x\"");
+    QTest::newRow("basic") << 401 << QByteArray("WWW-Authenticate") << QByteArray(R"(Basic realm="x")");
     QTest::newRow("digest") << 401 << QByteArray("WWW-Authenticate")
-                            << QByteArray("Digest realm=\"x\", nonce=\"abc\", qop=\"auth\"");
+                            << QByteArray(R"(Digest realm="x", nonce="abc", qop="auth")");
     QTest::newRow("bearer") << 401 << QByteArray("WWW-Authenticate") << QByteArray("Bearer");
-    QTest::newRow("proxy") << 407 << QByteArray("Proxy-Authenticate") << QByteArray("Basic realm=\"x\"");
+    QTest::newRow("proxy") << 407 << QByteArray("Proxy-Authenticate") << QByteArray(R"(Basic realm="x")");
 }
 
 void SinglePassTest::aDemandForAPasswordIsNotAnswered()

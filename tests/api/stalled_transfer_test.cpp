@@ -16,13 +16,12 @@
 using support::Call;
 using support::Reply;
 
-static_assert(requestTimeoutMs == TARNWICK_TEST_TRANSFER_TIMEOUT_MS);
-
 class StalledTransferTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase();
     void init();
     void cleanup();
     void aStallIsATransferError_data();
@@ -55,6 +54,11 @@ Reply stalledInTheBody(int status)
 }
 
 } // namespace
+
+void StalledTransferTest::initTestCase()
+{
+    QVERIFY2(requestTimeoutMs < 5000, "The limit is the real one; each of these tests would wait for it.");
+}
 
 void StalledTransferTest::init()
 {

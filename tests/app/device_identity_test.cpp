@@ -6,6 +6,9 @@
 #include "support/service_bench.h"
 #include "support/temporary_home.h"
 
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -22,8 +25,7 @@ QString identityOfNextStart()
 {
     TarnwickClientWindow window;
     window.close();
-    const QString path =
-        qEnvironmentVariable("HOME") + u"/Library/Application Support/Tarnwick/pc-client-state.json"_s;
+    const QString path = qEnvironmentVariable("HOME") + u"/Library/Application Support/Tarnwick/pc-client-state.json"_s;
     QFile file(path);
     file.open(QIODevice::ReadOnly);
     return QJsonDocument::fromJson(file.readAll()).object().value(u"device_id"_s).toString();
@@ -189,8 +191,7 @@ void DeviceIdentityTest::unlinkingAndLinkingAgainSendsTheSameIdentifier()
     QCOMPARE(starts.size(), 2);
     QCOMPARE(starts.constFirst().body, "device_id=desk-1");
     QCOMPARE(starts.constLast().body, "device_id=desk-1");
-    QCOMPARE(server.requests(callPath(Call::LinkPoll)).constFirst().query(),
-             "code=TWPC-TEST01&device_id=desk-1");
+    QCOMPARE(server.requests(callPath(Call::LinkPoll)).constFirst().query(), "code=TWPC-TEST01&device_id=desk-1");
 }
 
 QTEST_MAIN(DeviceIdentityTest)

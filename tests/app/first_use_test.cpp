@@ -121,8 +121,7 @@ void FirstUseTest::aNewDesktopIsPairedListsCreatesAndIsUnlinked()
     QVERIFY(!QTest::currentTestFailed());
 
     QTRY_COMPARE(view.status(), u"Loaded 2 Tarnwick project(s)."_s);
-    QCOMPARE(view.account(),
-             QStringList({u"Signed in as Robin Vale"_s, u"Plan: Creator"_s, u"Limit: 2 of 5"_s}));
+    QCOMPARE(view.account(), QStringList({u"Signed in as Robin Vale"_s, u"Plan: Creator"_s, u"Limit: 2 of 5"_s}));
     QVERIFY(view.combo(u"Core")->count() > 1);
 
     view.line(u"GDPS Name")->setText(u"Ämber & <Quartz>"_s);

@@ -24,7 +24,7 @@ class LogoPlaces
 {
 public:
     /// Where the copy finds out that it is one, and what it shall do first.
-    static constexpr char wishVariable[] = "TARNWICK_LOGO_PROBE";
+    static constexpr const char* wishVariable = "TARNWICK_LOGO_PROBE";
 
     explicit LogoPlaces(const QString& bundleName = u"Bundle"_s) : bundle(folder.filePath(bundleName))
     {
@@ -44,15 +44,13 @@ public:
     /// The four places in their order of precedence.
     QString candidate(int number) const
     {
-        const QStringList files{bundle + u"/Resources"_s, bundle + u"/MacOS"_s,
-                                workingFolder() + u"/tarnwick/static"_s,
+        const QStringList files{bundle + u"/Resources"_s, bundle + u"/MacOS"_s, workingFolder() + u"/tarnwick/static"_s,
                                 workingFolder() + u"/client/build/Tarnwick.app/Contents/Resources"_s};
         return files.at(number - 1) + u"/tarnwick-logo.png"_s;
     }
     QString path(const QString& name) const { return folder.filePath(name); }
 
-    static bool paint(const QString& file, const QColor& colour, QSize size = {100, 100},
-                      const char* format = "PNG")
+    static bool paint(const QString& file, const QColor& colour, QSize size = {100, 100}, const char* format = "PNG")
     {
         QImage image(size, QImage::Format_RGB32);
         image.fill(colour);

@@ -19,9 +19,9 @@
 namespace {
 
 /// The copy deletes its own file before anything else.
-constexpr char logoProbeWithoutFile[] = "without file";
+constexpr const char* logoProbeWithoutFile = "without file";
 /// The copy deletes its working directory before anything else.
-constexpr char logoProbeWithoutFolder[] = "without folder";
+constexpr const char* logoProbeWithoutFolder = "without folder";
 
 int reportLogo(int argc, char* argv[])
 {
@@ -44,8 +44,7 @@ int reportLogo(int argc, char* argv[])
         {u"labelSize"_s, u"%1x%2"_s.arg(label->width()).arg(label->height())},
         {u"size"_s, u"%1x%2"_s.arg(logo.width()).arg(logo.height())},
         {u"colour"_s, logo.isNull() ? QString() : logo.pixelColor(logo.rect().center()).name()},
-        {u"icon"_s,
-         window.windowIcon().isNull() ? u"none"_s : u"%1x%2"_s.arg(icon.width()).arg(icon.height())},
+        {u"icon"_s, window.windowIcon().isNull() ? u"none"_s : u"%1x%2"_s.arg(icon.width()).arg(icon.height())},
     };
     std::puts(QJsonDocument(report).toJson(QJsonDocument::Compact).constData());
     return 0;
@@ -224,8 +223,8 @@ void LogoTest::anotherWorkingDirectoryChangesOnlyTheLastTwoPlaces()
     QVERIFY(LogoPlaces::paint(places.candidate(4), Qt::red));
     QCOMPARE(places.run(elsewhere).value(u"text"_s).toString(), u"Tarnwick"_s);
 
-    QVERIFY(LogoPlaces::paint(
-        elsewhere + u"/client/build/Tarnwick.app/Contents/Resources/tarnwick-logo.png"_s, Qt::yellow));
+    QVERIFY(LogoPlaces::paint(elsewhere + u"/client/build/Tarnwick.app/Contents/Resources/tarnwick-logo.png"_s,
+                              Qt::yellow));
     QCOMPARE(places.run(elsewhere).value(u"colour"_s).toString(), u"#ffff00"_s);
     QVERIFY(LogoPlaces::paint(elsewhere + u"/tarnwick/static/tarnwick-logo.png"_s, Qt::blue));
     QCOMPARE(places.run(elsewhere).value(u"colour"_s).toString(), u"#0000ff"_s);

@@ -10,8 +10,10 @@
 #include <QApplication>
 #include <QProcess>
 #include <QTest>
+#include <QTextStream>
+#include <QTimer>
 
-#include <cstdio>
+#include <cstdlib>
 
 using support::Call;
 
@@ -30,12 +32,11 @@ private Q_SLOTS:
 
 namespace {
 
-constexpr char entryWishVariable[] = "TARNWICK_ENTRY_WISH";
+constexpr const char* entryWishVariable = "TARNWICK_ENTRY_WISH";
 
 void reportEntry(const QString& line)
 {
-    std::puts(line.toUtf8().constData());
-    std::fflush(stdout);
+    QTextStream(stdout) << line << Qt::endl;
 }
 
 QList<QWidget*> entryWindows()
@@ -73,20 +74,23 @@ void beginEntry()
     const QByteArray wish = qgetenv(entryWishVariable);
     if (!wish.isEmpty()) {
         qputenv("HOME", qgetenv("TARNWICK_ENTRY_HOME"));
-        reportEntry(u"names "_s + QCoreApplication::organizationName() + u' ' +
-                    QCoreApplication::applicationName());
+        reportEntry(u"names "_s + QCoreApplication::organizationName() + u' ' + QCoreApplication::applicationName());
         qAddPostRoutine([] { reportEntry(u"application ends"_s); });
-        QMetaObject::invokeMethod(
-            qApp, [wish] { obeyEntryWish(wish); }, Qt::QueuedConnection);
+        QTimer::singleShot(0, qApp, [wish] { obeyEntryWish(wish); });
         return;
     }
     // The window that main() makes for this process is not to touch the home of whoever runs the tests.
     static const support::TemporaryHome homeOfThisProcess;
     const auto runTests = [] {
         ProcessEntryTest test;
-        QCoreApplication::exit(QTest::qExec(&test, QCoreApplication::arguments()));
+        const int failures = QTest::qExec(&test, QCoreApplication::arguments());
+        // What main() makes of an exit code is under test, so a failure does not rely on it.
+        if (failures != 0) {
+            std::exit(failures);
+        }
+        QCoreApplication::exit(0);
     };
-    QMetaObject::invokeMethod(qApp, runTests, Qt::QueuedConnection);
+    QTimer::singleShot(0, qApp, runTests);
 }
 Q_COREAPP_STARTUP_FUNCTION(beginEntry)
 
@@ -94,8 +98,7 @@ Q_COREAPP_STARTUP_FUNCTION(beginEntry)
 class EntryProcess : public QProcess
 {
 public:
-    EntryProcess(const support::TemporaryHome& home, const QByteArray& wish,
-                 const QStringList& arguments = {})
+    EntryProcess(const support::TemporaryHome& home, const QByteArray& wish, const QStringList& arguments = {})
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QString::fromLatin1(entryWishVariable), QString::fromLatin1(wish));
@@ -104,10 +107,7 @@ public:
         start(QCoreApplication::applicationFilePath(), arguments);
     }
 
-    QStringList lines()
-    {
-        return QString::fromUtf8(readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
-    }
+    QStringList lines() { return QString::fromUtf8(readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts); }
 };
 
 } // namespace
@@ -117,9 +117,8 @@ void ProcessEntryTest::theWholeRunHappensInItsOrder()
     const support::TemporaryHome home;
     EntryProcess process(home, "close");
     QVERIFY(process.waitForFinished());
-    QCOMPARE(process.lines(),
-             (QStringList{u"names Tarnwick Tarnwick"_s, u"windows 1, shown"_s, u"arguments "_s,
-                          u"window destroyed before the application"_s, u"application ends"_s}));
+    QCOMPARE(process.lines(), (QStringList{u"names Tarnwick Tarnwick"_s, u"windows 1, shown"_s, u"arguments "_s,
+                                           u"window destroyed before the application"_s, u"application ends"_s}));
 }
 
 void ProcessEntryTest::theExitCodeIsTheEventLoopsResult()

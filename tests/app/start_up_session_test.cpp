@@ -135,7 +135,7 @@ void StartUpSessionTest::aTokenOfWhiteSpaceIsNone_data()
     QTest::addColumn<QByteArray>("token");
     QTest::newRow("blanks") << QByteArray(R"("   ")");
     QTest::newRow("tab and line ends") << QByteArray(R"("\t\r\n")");
-    QTest::newRow("no-break space") << QByteArray("\"\\u00a0\"");
+    QTest::newRow("no-break space") << QByteArray(R"("\u00a0")");
     QTest::newRow("empty") << QByteArray(R"("")");
 }
 
@@ -145,8 +145,7 @@ void StartUpSessionTest::aTokenOfWhiteSpaceIsNone()
     support::ScriptedServer server;
     server.reply(callPath(Call::LinkStart), Reply::empty(500));
     const support::TemporaryHome home;
-    home.writeState(R"({"origin":")" + server.origin().toUtf8() + R"(","device_id":"d","access_token":)" +
-                    token + '}');
+    home.writeState(R"({"origin":")" + server.origin().toUtf8() + R"(","device_id":"d","access_token":)" + token + '}');
     const TarnwickClientWindow window;
     const support::WindowView view(window);
     QCOMPARE(view.status(), u"Ready to link your Tarnwick account."_s);

@@ -59,15 +59,13 @@ LoadedState loadedFrom(const support::TemporaryHome& home)
     TarnwickClientWindow window;
     window.close();
     const QJsonObject object = home.stateObject();
-    return {loadedText(object, u"origin"_s), loadedText(object, u"device_id"_s),
-            loadedText(object, u"access_token"_s)};
+    return {loadedText(object, u"origin"_s), loadedText(object, u"device_id"_s), loadedText(object, u"access_token"_s)};
 }
 
 /// True when nothing has been taken from the file.
 bool loadedNothing(const LoadedState& loaded)
 {
-    return loaded.origin == defaultBaseUrl() && loaded.deviceId.startsWith("twqt-"_L1) &&
-           loaded.token.isNull();
+    return loaded.origin == defaultBaseUrl() && loaded.deviceId.startsWith("twqt-"_L1) && loaded.token.isNull();
 }
 
 // Refuses connections at once, should a linked client get as far as trying.
@@ -94,27 +92,24 @@ void StateLoadingTest::everyKeyIsTakenByItself_data()
     QTest::addColumn<QString>("token");
     const QString origin = loadingOrigin;
     const QString usual = defaultBaseUrl();
-    QTest::newRow("all") << QByteArray(
-                                R"({"origin":"http://127.0.0.1:1","device_id":"d","access_token":"t"})")
+    QTest::newRow("all") << QByteArray(R"({"origin":"http://127.0.0.1:1","device_id":"d","access_token":"t"})")
                          << origin << u"d"_s << u"t"_s;
     QTest::newRow("origin only") << QByteArray(R"({"origin":"http://127.0.0.1:1"})") << origin << u"twqt-"_s
                                  << QString();
     QTest::newRow("identifier only") << QByteArray(R"({"device_id":"d"})") << usual << u"d"_s << QString();
-    QTest::newRow("unlinked") << QByteArray(R"({"origin":"http://127.0.0.1:1","device_id":"d"})") << origin
-                              << u"d"_s << QString();
+    QTest::newRow("unlinked") << QByteArray(R"({"origin":"http://127.0.0.1:1","device_id":"d"})") << origin << u"d"_s
+                              << QString();
     QTest::newRow("blanks around every text")
-        << QByteArray(
-               R"({"origin":"  http://127.0.0.1:1 ","device_id":"  abc  ","access_token":"\t abc \n"})")
+        << QByteArray(R"({"origin":"  http://127.0.0.1:1 ","device_id":"  abc  ","access_token":"\t abc \n"})")
         << origin << u"abc"_s << u"abc"_s;
-    QTest::newRow("blanks only") << QByteArray(R"({"origin":"  ","device_id":"\t","access_token":"\n"})")
-                                 << usual << u"twqt-"_s << QString();
+    QTest::newRow("blanks only") << QByteArray(R"({"origin":"  ","device_id":"\t","access_token":"\n"})") << usual
+                                 << u"twqt-"_s << QString();
     QTest::newRow("unknown members")
-        << QByteArray(
-               R"({"version":3,"origin":"http://127.0.0.1:1","device_id":"d","more":{"device_id":"x"}})")
+        << QByteArray(R"({"version":3,"origin":"http://127.0.0.1:1","device_id":"d","more":{"device_id":"x"}})")
         << origin << u"d"_s << QString();
     QTest::newRow("keys in another letter case")
-        << QByteArray(R"({"Origin":"http://127.0.0.1:1","DEVICE_ID":"d","accessToken":"t"})") << usual
-        << u"twqt-"_s << QString();
+        << QByteArray(R"({"Origin":"http://127.0.0.1:1","DEVICE_ID":"d","accessToken":"t"})") << usual << u"twqt-"_s
+        << QString();
     QTest::newRow("escapes and every script")
         << QByteArray(R"({"device_id":"\u0061\"\\ größe 🔥"})") << usual << u"a\"\\ größe 🔥"_s << QString();
 }
@@ -157,9 +152,8 @@ void StateLoadingTest::aValueThatIsNoTextCountsAsNone()
     QMap<QString, QByteArray> members{
         {u"origin"_s, R"("http://127.0.0.1:1")"}, {u"device_id"_s, R"("d")"}, {u"access_token"_s, R"("t")"}};
     members.insert(key, value);
-    home.writeState(R"({"origin":)" + members.value(u"origin"_s) + R"(,"device_id":)" +
-                    members.value(u"device_id"_s) + R"(,"access_token":)" + members.value(u"access_token"_s) +
-                    '}');
+    home.writeState(R"({"origin":)" + members.value(u"origin"_s) + R"(,"device_id":)" + members.value(u"device_id"_s) +
+                    R"(,"access_token":)" + members.value(u"access_token"_s) + '}');
 
     // The other two are taken all the same.
     const LoadedState loaded = loadedFrom(home);

@@ -18,7 +18,7 @@
 
 namespace {
 
-constexpr char locationChildVariable[] = "TARNWICK_LOCATION_CHILD";
+constexpr const char* locationChildVariable = "TARNWICK_LOCATION_CHILD";
 
 QString locationUnder(const QString& folder)
 {
@@ -143,8 +143,7 @@ void StateLocationTest::aRelativeHomeStartsAtTheWorkingDirectory()
 {
     const BorrowedVariable home("HOME", QByteArray("some/place"));
     startAndClose();
-    QVERIFY(
-        QFile::exists(locationUnder(folder->filePath(u"work/some/place"_s)) + u"/pc-client-state.json"_s));
+    QVERIFY(QFile::exists(locationUnder(folder->filePath(u"work/some/place"_s)) + u"/pc-client-state.json"_s));
 }
 
 void StateLocationTest::withoutHomeTheFileLiesInTheTemporaryFolder()

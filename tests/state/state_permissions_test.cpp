@@ -34,9 +34,8 @@ private:
 QByteArray modeOf(const QString& path)
 {
     struct stat entry = {};
-    return ::stat(QFile::encodeName(path).constData(), &entry) == 0
-               ? QByteArray::number(entry.st_mode & 07777U, 8)
-               : QByteArray("none");
+    return ::stat(QFile::encodeName(path).constData(), &entry) == 0 ? QByteArray::number(entry.st_mode & 07777U, 8)
+                                                                    : QByteArray("none");
 }
 
 bool setMode(const QString& path, unsigned mode)

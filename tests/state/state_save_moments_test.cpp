@@ -47,8 +47,7 @@ void StateSaveMomentsTest::init()
 {
     messages = std::make_unique<support::MessageCatcher>();
     server = std::make_unique<support::ScriptedServer>();
-    bench = std::make_unique<support::ServiceBench>(*server,
-                                                    [] { return std::make_unique<TarnwickClientWindow>(); });
+    bench = std::make_unique<support::ServiceBench>(*server, [] { return std::make_unique<TarnwickClientWindow>(); });
 }
 
 void StateSaveMomentsTest::cleanup()
@@ -158,11 +157,9 @@ void StateSaveMomentsTest::nothingElseSaves_data()
     QTest::newRow("pending poll") << Call::LinkPoll << Reply::json(202, R"({"message":"Wait"})") << u"Wait"_s;
     QTest::newRow("failed poll") << Call::LinkPoll << Reply::empty(500) << failure;
     QTest::newRow("expired poll") << Call::LinkPoll << Reply::empty(410) << u"Tarnwick returned HTTP 410."_s;
-    QTest::newRow("project list") << Call::Instances << Reply::json(200, "{}")
-                                  << u"Loaded 0 Tarnwick project(s)."_s;
+    QTest::newRow("project list") << Call::Instances << Reply::json(200, "{}") << u"Loaded 0 Tarnwick project(s)."_s;
     QTest::newRow("failed project list") << Call::Instances << Reply::empty(500) << failure;
-    QTest::newRow("creation") << Call::CreateInstance << Reply::json(201, "{}")
-                              << u"Loaded 1 Tarnwick project(s)."_s;
+    QTest::newRow("creation") << Call::CreateInstance << Reply::json(201, "{}") << u"Loaded 1 Tarnwick project(s)."_s;
     QTest::newRow("failed creation") << Call::CreateInstance << Reply::empty(500) << failure;
 }
 

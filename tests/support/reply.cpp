@@ -205,8 +205,7 @@ Reply Reply::withEnding(Ending ending) const
 
 void Reply::removeHeader(const QByteArray& name)
 {
-    m_headers.removeIf(
-        [&name](const auto& entry) { return entry.first.compare(name, Qt::CaseInsensitive) == 0; });
+    m_headers.removeIf([&name](const auto& entry) { return entry.first.compare(name, Qt::CaseInsensitive) == 0; });
 }
 
 } // namespace support

@@ -29,8 +29,7 @@ void ReplyPlayer::start()
     // Queued, since a socket may report written bytes from within write().
     connect(m_socket, &QTcpSocket::bytesWritten, this, &ReplyPlayer::sendMore, Qt::QueuedConnection);
     if (auto* encrypted = qobject_cast<QSslSocket*>(m_socket)) {
-        connect(encrypted, &QSslSocket::encryptedBytesWritten, this, &ReplyPlayer::sendMore,
-                Qt::QueuedConnection);
+        connect(encrypted, &QSslSocket::encryptedBytesWritten, this, &ReplyPlayer::sendMore, Qt::QueuedConnection);
     }
     m_pause.start(m_script.delayMs);
 }

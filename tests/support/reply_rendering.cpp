@@ -56,9 +56,8 @@ QByteArray Reply::headerValue(const QByteArray& name) const
 
 bool Reply::hasHeader(const QByteArray& name) const
 {
-    return std::any_of(m_headers.cbegin(), m_headers.cend(), [&name](const auto& entry) {
-        return entry.first.compare(name, Qt::CaseInsensitive) == 0;
-    });
+    return std::any_of(m_headers.cbegin(), m_headers.cend(),
+                       [&name](const auto& entry) { return entry.first.compare(name, Qt::CaseInsensitive) == 0; });
 }
 
 bool Reply::mayHaveBody() const
@@ -113,8 +112,7 @@ Ending Reply::effectiveEnding() const
     // Without a length, and after a cut or a broken chunk, only the end of the connection tells the client
     // that no more is coming.
     const bool isCut = m_cutAfter >= 0 || m_cutBodyAfter >= 0;
-    const bool isUnframed =
-        m_chunkSize == 0 && !m_automaticLength && !hasHeader("Content-Length") && mayHaveBody();
+    const bool isUnframed = m_chunkSize == 0 && !m_automaticLength && !hasHeader("Content-Length") && mayHaveBody();
     const bool announcesClose = headerValue("Connection").compare("close", Qt::CaseInsensitive) == 0;
     const bool closes = isCut || isUnframed || announcesClose || m_chunkFault != ChunkFault::None;
     return closes ? Ending::Close : Ending::NextRequest;

@@ -48,20 +48,16 @@ void ScriptedRepliesTest::writesTheHeadAsBuilt_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<QByteArray>("expected");
-    QTest::newRow("JSON")
-        << Reply::json(200, "{}").bytes()
-        << "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: 2\r\n\r\n{}"_ba;
-    QTest::newRow("JSON object")
-        << Reply::json(200, QJsonObject{{u"a"_s, 1}}).header("Content-Type", "x").bytes()
-        << "HTTP/1.1 200 OK\r\nContent-Type: x\r\nContent-Length: 7\r\n\r\n{\"a\":1}"_ba;
-    QTest::newRow("empty") << Reply::empty(404).bytes()
-                           << "HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\n\r\n"_ba;
+    QTest::newRow("JSON") << Reply::json(200, "{}").bytes()
+                          << "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: 2\r\n\r\n{}"_ba;
+    QTest::newRow("JSON object") << Reply::json(200, QJsonObject{{u"a"_s, 1}}).header("Content-Type", "x").bytes()
+                                 << "HTTP/1.1 200 OK\r\nContent-Type: x\r\nContent-Length: 7\r\n\r\n{\"a\":1}"_ba;
+    QTest::newRow("empty") << Reply::empty(404).bytes() << "HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\n\r\n"_ba;
     QTest::newRow("no body allowed") << Reply::empty(204).bytes() << "HTTP/1.1 204 No Content\r\n\r\n"_ba;
     QTest::newRow("unknown status, reason")
         << Reply::empty(599).reason("Odd").bytes() << "HTTP/1.1 599 Odd\r\nContent-Length: 0\r\n\r\n"_ba;
-    QTest::newRow("repeated header")
-        << Reply::empty(204).setCookie("a=1").setCookie("b=2").bytes()
-        << "HTTP/1.1 204 No Content\r\nSet-Cookie: a=1\r\nSet-Cookie: b=2\r\n\r\n"_ba;
+    QTest::newRow("repeated header") << Reply::empty(204).setCookie("a=1").setCookie("b=2").bytes()
+                                     << "HTTP/1.1 204 No Content\r\nSet-Cookie: a=1\r\nSet-Cookie: b=2\r\n\r\n"_ba;
     QTest::newRow("chunked") << Reply::empty(200).chunked().bytes()
                              << "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n"_ba;
     QTest::newRow("raw") << Reply::raw("any\nthing").bytes() << "any\nthing"_ba;

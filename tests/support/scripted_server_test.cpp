@@ -48,9 +48,8 @@ void ScriptedServerTest::recordsEveryByteAsItCame()
 {
     ScriptedServer server;
     RawClient client(server);
-    const QByteArray sent =
-        "POST /a%20b?x=1&y=%41 HTTP/1.1\r\nHost: h\r\nX-One:  padded \r\nx-one: second\r\n"
-        "content-length: 5\r\n\r\n\x00\xff\r\n!"_ba;
+    const QByteArray sent = "POST /a%20b?x=1&y=%41 HTTP/1.1\r\nHost: h\r\nX-One:  padded \r\nx-one: second\r\n"
+                            "content-length: 5\r\n\r\n\x00\xff\r\n!"_ba;
     client.send(sent);
     QTRY_COMPARE(server.count(), 1);
 
@@ -110,8 +109,7 @@ void ScriptedServerTest::answersAnUnroutedPathWith404()
 void ScriptedServerTest::prefersTheRouteToTheHandler()
 {
     ScriptedServer server;
-    server.onRequest(
-        [](const RecordedRequest& request) { return Reply::text(200, "handler " + request.path()); });
+    server.onRequest([](const RecordedRequest& request) { return Reply::text(200, "handler " + request.path()); });
     server.onRequest("/own", [](const RecordedRequest& request) { return Reply::text(200, request.method); });
     server.reply("/fixed", Reply::text(200, "route"));
     QNetworkAccessManager network;

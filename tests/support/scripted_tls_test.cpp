@@ -153,8 +153,7 @@ void ScriptedTlsTest::misbehavesAsOverPlainHttp_data()
     QTest::newRow("closed") << Reply::closeWithoutAnswer() << QNetworkReply::RemoteHostClosedError;
     QTest::newRow("reset") << Reply::resetWithoutAnswer() << QNetworkReply::RemoteHostClosedError;
     QTest::newRow("cut head") << whole.cutAfter(12) << QNetworkReply::RemoteHostClosedError;
-    QTest::newRow("cut body, reset") << whole.cutBodyAfter(3).thenReset()
-                                     << QNetworkReply::RemoteHostClosedError;
+    QTest::newRow("cut body, reset") << whole.cutBodyAfter(3).thenReset() << QNetworkReply::RemoteHostClosedError;
     QTest::newRow("drip") << whole.drip(1, 1) << QNetworkReply::NoError;
     QTest::newRow("silence") << Reply::never() << QNetworkReply::OperationCanceledError;
 }
@@ -186,8 +185,7 @@ void ScriptedTlsTest::sendsAHugeBodyInLittleMemory()
     QNetworkReply* reply = network.get(QNetworkRequest(QUrl(server.origin() + u"/"_s)));
     reply->setReadBufferSize(64LL * 1024);
     qint64 received = 0;
-    connect(reply, &QNetworkReply::readyRead, this,
-            [&received, reply] { received += reply->readAll().size(); });
+    connect(reply, &QNetworkReply::readyRead, this, [&received, reply] { received += reply->readAll().size(); });
     QTRY_VERIFY_WITH_TIMEOUT(received > 100LL * 1024 * 1024 || reply->isFinished(), 60000);
     QVERIFY(!reply->isFinished());
     reply->abort();

@@ -140,18 +140,15 @@ void ServiceBench::tickPollTimer()
 
 void ServiceBench::answerEverythingWell()
 {
-    m_server.reply(
-        callPath(Call::LinkStart),
-        Reply::json(200, R"({"code":"TWPC-TEST01","approve_url":"https://pair.example/TWPC-TEST01"})"));
+    m_server.reply(callPath(Call::LinkStart),
+                   Reply::json(200, R"({"code":"TWPC-TEST01","approve_url":"https://pair.example/TWPC-TEST01"})"));
     m_server.reply(callPath(Call::LinkPoll), Reply::json(202, "{}"));
-    m_server.reply(
-        callPath(Call::Session),
-        Reply::json(200, R"({"user":{"display_name":"Ann","plan_name":"Pro","gdps_limit_label":"3 of 5"},)"
-                         R"("available_cores":[{"key":"core-a","label":"Core A"}]})"));
+    m_server.reply(callPath(Call::Session),
+                   Reply::json(200, R"({"user":{"display_name":"Ann","plan_name":"Pro","gdps_limit_label":"3 of 5"},)"
+                                    R"("available_cores":[{"key":"core-a","label":"Core A"}]})"));
     m_server.reply(callPath(Call::Instances),
-                   Reply::json(200,
-                               R"({"instances":[{"display_name":"Neon","slug":"neon","status":"online",)"
-                               R"("core_label":"Core A","manage_url":"https://manage.example/neon"}]})"));
+                   Reply::json(200, R"({"instances":[{"display_name":"Neon","slug":"neon","status":"online",)"
+                                    R"("core_label":"Core A","manage_url":"https://manage.example/neon"}]})"));
     m_server.reply(callPath(Call::CreateInstance), Reply::json(201, R"({"message":"Neon Burst is ready."})"));
 }
 

@@ -37,6 +37,7 @@ public:
 
     /// The base URL is the server's origin unless another one is named.
     ServiceBench(ScriptedServer& server, WindowMaker makeWindow, const QString& origin = {});
+    ~ServiceBench() = default;
     Q_DISABLE_COPY_MOVE(ServiceBench)
 
     /// Constructs the window, linked by the token "token-1" or not linked at all.

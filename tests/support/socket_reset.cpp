@@ -21,8 +21,7 @@ void resetConnection(QAbstractSocket* socket)
     ::setsockopt(static_cast<SOCKET>(socket->socketDescriptor()), SOL_SOCKET, SO_LINGER,
                  reinterpret_cast<const char*>(&lingering), sizeof lingering);
 #else
-    ::setsockopt(static_cast<int>(socket->socketDescriptor()), SOL_SOCKET, SO_LINGER, &lingering,
-                 sizeof lingering);
+    ::setsockopt(static_cast<int>(socket->socketDescriptor()), SOL_SOCKET, SO_LINGER, &lingering, sizeof lingering);
 #endif
     socket->abort();
 }

@@ -26,8 +26,7 @@ SystemSocket::SystemSocket(quint16 port) : m_handle(::socket(AF_INET, SOCK_STREA
     address.sin_port = htons(port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     // The listener's backlog completes the connection, so this does not wait for the server's event loop.
-    if (::connect(m_handle, static_cast<const sockaddr*>(static_cast<const void*>(&address)),
-                  sizeof address) != 0) {
+    if (::connect(m_handle, static_cast<const sockaddr*>(static_cast<const void*>(&address)), sizeof address) != 0) {
         qFatal("No connection to port %d", int(port));
     }
 }

@@ -125,8 +125,8 @@ bool TlsMaterial::run(const QStringList& arguments)
     if (!tool.waitForFinished(toolTimeoutMs)) {
         m_errorText = u"openssl does not run: "_s + tool.errorString();
     } else if (tool.exitStatus() != QProcess::NormalExit || tool.exitCode() != 0) {
-        m_errorText = u"openssl %1 failed: %2"_s.arg(arguments.join(QLatin1Char(' ')),
-                                                     QString::fromLocal8Bit(tool.readAll()));
+        m_errorText =
+            u"openssl %1 failed: %2"_s.arg(arguments.join(QLatin1Char(' ')), QString::fromLocal8Bit(tool.readAll()));
     }
     return isUsable();
 }
@@ -134,8 +134,8 @@ bool TlsMaterial::run(const QStringList& arguments)
 bool TlsMaterial::makeAuthority(const QString& name)
 {
     return run({u"req"_s, u"-config"_s, u"tool.cnf"_s, u"-x509"_s, u"-newkey"_s, u"rsa:2048"_s, u"-nodes"_s,
-                u"-keyout"_s, name + u".key"_s, u"-out"_s, name + u".pem"_s, u"-days"_s, u"30"_s,
-                u"-extensions"_s, u"authority"_s, u"-subj"_s, u"/CN=Loopback test "_s + name});
+                u"-keyout"_s, name + u".key"_s, u"-out"_s, name + u".pem"_s, u"-days"_s, u"30"_s, u"-extensions"_s,
+                u"authority"_s, u"-subj"_s, u"/CN=Loopback test "_s + name});
 }
 
 TlsIdentity TlsMaterial::makeLeaf(const QString& name, const QString& authority, const QString& extensions,
@@ -163,8 +163,8 @@ TlsIdentity TlsMaterial::makeLeaf(const QString& name, const QString& authority,
     } else {
         signing += {u"-cert"_s, authority + u".pem"_s, u"-keyfile"_s, authority + u".key"_s};
     }
-    const bool isMade = run({u"req"_s, u"-config"_s, u"tool.cnf"_s, u"-new"_s, u"-key"_s, u"leaf.key"_s,
-                             u"-out"_s, request, u"-subj"_s, u"/CN=Loopback test "_s + name}) &&
+    const bool isMade = run({u"req"_s, u"-config"_s, u"tool.cnf"_s, u"-new"_s, u"-key"_s, u"leaf.key"_s, u"-out"_s,
+                             request, u"-subj"_s, u"/CN=Loopback test "_s + name}) &&
                         run(signing);
     if (!isMade) {
         return {};

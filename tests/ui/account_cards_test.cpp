@@ -8,6 +8,7 @@
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QObject>
+#include <QProxyStyle>
 #include <QRegularExpression>
 #include <QTest>
 #include <QVBoxLayout>
@@ -26,6 +27,7 @@ private Q_SLOTS:
     void theRowHoldsTwoCardsOfEqualStretch();
     void theLinkCardHoldsItsParts();
     void theLinkFormHoldsUrlAndCode();
+    void theLinkFormIsAlignedLeftAndTopOnEveryDesktop();
     void theLinkButtonsShareARow();
     void theAccountCardHoldsItsParts();
     void theAccountButtonsShareARow();
@@ -36,6 +38,23 @@ private Q_SLOTS:
     void theLinkCodeCanBeCopiedButNotTyped();
 
 private:
+    /// A desktop that aligns forms to the right and in the middle unless a form says otherwise.
+    class OtherDesktop : public QProxyStyle
+    {
+    public:
+        int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                      QStyleHintReturn* data) const override
+        {
+            switch (hint) {
+            case SH_FormLayoutLabelAlignment:
+                return int(Qt::AlignRight);
+            case SH_FormLayoutFormAlignment:
+                return int(Qt::AlignCenter);
+            default:
+                return QProxyStyle::styleHint(hint, option, widget, data);
+            }
+        }
+    };
     using Run = support::ClientRun<TarnwickClientWindow>;
 
     static QBoxLayout* rowOf(Run& run)
@@ -82,8 +101,6 @@ void AccountCardsTest::theLinkFormHoldsUrlAndCode()
     run.start();
     const auto* form = nestedLayout<QFormLayout>(columnOf(run, 0), 2);
     QVERIFY(form != nullptr);
-    QCOMPARE(form->labelAlignment(), Qt::AlignLeft);
-    QCOMPARE(form->formAlignment(), Qt::AlignTop);
     QCOMPARE(form->horizontalSpacing(), 10);
     QCOMPARE(form->verticalSpacing(), 10);
     QCOMPARE(form->rowCount(), 2);
@@ -99,6 +116,19 @@ void AccountCardsTest::theLinkFormHoldsUrlAndCode()
     QCOMPARE(code->text(), QString());
     QCOMPARE(code->placeholderText(), u"TWPC-ABC123"_s);
     QVERIFY(code->isReadOnly());
+}
+
+void AccountCardsTest::theLinkFormIsAlignedLeftAndTopOnEveryDesktop()
+{
+    const QString formerStyle = QApplication::style()->name();
+    QApplication::setStyle(new OtherDesktop);
+    Run run;
+    run.start();
+    const auto* form = nestedLayout<QFormLayout>(columnOf(run, 0), 2);
+    QCOMPARE(QFormLayout().labelAlignment(), Qt::AlignRight);
+    QCOMPARE(form->labelAlignment(), Qt::AlignLeft);
+    QCOMPARE(form->formAlignment(), Qt::AlignTop);
+    QApplication::setStyle(formerStyle);
 }
 
 void AccountCardsTest::theLinkButtonsShareARow()

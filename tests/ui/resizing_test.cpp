@@ -259,6 +259,8 @@ void ResizingTest::theTableShowsItsHeaderAndFourRows()
     QVERIFY(showAt(run, size));
     const QTableWidget* table = run.view().table();
     QVERIFY(table->horizontalHeader()->isVisible());
+    const int border = table->height() - table->horizontalHeader()->height() - table->viewport()->height();
+    QVERIFY(table->minimumHeight() >= border + table->horizontalHeader()->height() + 4 * table->rowHeight(0));
     QVERIFY(table->viewport()->rect().contains(table->visualItemRect(table->item(0, 1))));
     QVERIFY(table->viewport()->rect().contains(table->visualItemRect(table->item(3, 1))));
     QCOMPARE(page(run, 0)->horizontalScrollBar()->maximum(), 0);

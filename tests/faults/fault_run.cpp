@@ -1,0 +1,174 @@
+#include "fault_run.h"
+
+#include <QNetworkReply>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTimer>
+
+#include <chrono>
+#include <utility>
+
+using support::Call;
+using support::Reply;
+using Qt::StringLiterals::operator""_s;
+
+namespace faults {
+
+namespace {
+
+/// The control that is disabled while the call is under way; empty when there is none at that time.
+QString busyButton(Call call)
+{
+    switch (call) {
+    case Call::LinkStart:
+        return u"Generate Link Code"_s;
+    case Call::Session:
+        return u"Unlink"_s;
+    case Call::Instances:
+        return u"Refresh"_s;
+    case Call::CreateInstance:
+        return u"Create GDPS"_s;
+    case Call::LinkPoll:
+        break;
+    }
+    return {};
+}
+
+} // namespace
+
+FaultRun::FaultRun(support::ServiceBench::WindowMaker makeWindow) : m_makeWindow(std::move(makeWindow)) {}
+
+void FaultRun::begin(const QString& origin)
+{
+    m_bench = std::make_unique<support::ServiceBench>(server, m_makeWindow, origin);
+}
+
+bool FaultRun::prepare(Call call)
+{
+    m_call = call;
+    if (!m_bench->prepare(call)) {
+        return false;
+    }
+    if (call == Call::Session) {
+        return true; // the window is made by the call
+    }
+    auto* timer = m_bench->window().findChild<QTimer*>(QString(), Qt::FindDirectChildrenOnly);
+    if (call == Call::LinkPoll) {
+        // The test makes the ticks.
+        timer->setInterval(std::chrono::hours(1));
+    } else if (call == Call::LinkStart) {
+        // On a slow machine a poll of the new code would come before the look at what its arrival led to.
+        timer->blockSignals(true);
+    }
+    m_before = sightOf(*m_bench);
+    return true;
+}
+
+bool FaultRun::carryOut(Call call)
+{
+    server.forgetRequests();
+    m_bench->bringAbout(call);
+    const QString busy = busyButton(call);
+    m_wasBusy = busy.isEmpty() || !m_bench->view().button(busy)->isEnabled();
+    return settles();
+}
+
+bool FaultRun::settles()
+{
+    // A reply is an object of the window until it has been handled, and what it leads to begins before it goes.
+    while (const auto* reply = m_bench->window().findChild<QNetworkReply*>()) {
+        QSignalSpy gone(reply, &QObject::destroyed);
+        if (!gone.wait(20000)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool FaultRun::play(Call call, const Reply& reply)
+{
+    begin(server.origin());
+    if (!prepare(call)) {
+        return false;
+    }
+    server.reply(callPath(call), reply);
+    return carryOut(call);
+}
+
+bool FaultRun::playAgain(const Reply& reply)
+{
+    server.reply(callPath(m_call), reply);
+    m_before = sightOf(*m_bench);
+    return carryOut(m_call);
+}
+
+bool FaultRun::playAt(Call call, const QString& origin)
+{
+    begin(call == Call::Session ? origin : server.origin());
+    if (!prepare(call)) {
+        return false;
+    }
+    if (call != Call::Session) {
+        m_bench->view().line(u"Tarnwick URL")->setText(origin);
+    }
+    return carryOut(call);
+}
+
+QStringList FaultRun::seen()
+{
+    return sightOf(*m_bench).words();
+}
+
+QStringList FaultRun::expected(const FaultOutcome& outcome) const
+{
+    return sightAfter(m_call, outcome, m_before).words();
+}
+
+QList<QByteArray> FaultRun::arrivals() const
+{
+    QList<QByteArray> paths;
+    const auto requests = server.requests();
+    for (const support::RecordedRequest& request : requests) {
+        const bool isRepeatedGet = request.method == "GET" && !paths.isEmpty() && paths.last() == request.path();
+        if (!isRepeatedGet) {
+            paths.append(request.path());
+        }
+    }
+    return paths;
+}
+
+QList<QByteArray> FaultRun::expectedArrivals(const FaultOutcome& outcome) const
+{
+    return QList<QByteArray>{callPath(m_call)} + followUpsOf(m_call, outcome);
+}
+
+bool FaultRun::stillAnswers()
+{
+    server.reply(callPath(Call::LinkStart), Reply::json(200, R"({"code":"TWPC-TEST02"})"));
+    server.reply(callPath(Call::LinkPoll), Reply::json(200, R"({"access_token":"token-2"})"));
+    server.reply(callPath(Call::Session), Reply::json(200, R"({"user":{"display_name":"Bea"}})"));
+    server.reply(callPath(Call::Instances), Reply::json(200, R"({"instances":[{},{},{}]})"));
+    server.reply(callPath(Call::CreateInstance), Reply::json(201, "{}"));
+
+    const support::WindowView view = m_bench->view();
+    view.line(u"Tarnwick URL")->setText(server.origin());
+    view.button(u"Generate Link Code")->click();
+    if (!QTest::qWaitFor([&view] { return view.line(u"Link code")->text() == u"TWPC-TEST02"_s; })) {
+        return false;
+    }
+    m_bench->window().findChild<QTimer*>(QString(), Qt::FindDirectChildrenOnly)->blockSignals(false);
+    m_bench->tickPollTimer();
+    if (!QTest::qWaitFor([&view] { return view.status() == u"Loaded 3 Tarnwick project(s)."_s; }) ||
+        view.account().first() != u"Signed in as Bea"_s) {
+        return false;
+    }
+    if (m_call != Call::CreateInstance) {
+        return true;
+    }
+    view.line(u"GDPS Name")->setText(u"Second"_s);
+    view.button(u"Create GDPS")->click();
+    return settles() && view.line(u"GDPS Name")->text().isEmpty() &&
+           server.requests(callPath(Call::CreateInstance)).last().body.startsWith("display_name=Second&");
+}
+
+} // namespace faults

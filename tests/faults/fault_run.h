@@ -1,0 +1,63 @@
+#pragma once
+
+#include "client_sight.h"
+
+#include "support/message_catcher.h"
+#include "support/scripted_server.h"
+#include "support/service_bench.h"
+
+#include <memory>
+
+namespace faults {
+
+/// One call of a client, made against a service or a network that deals with it as the test says, and everything that
+/// can be seen of how it went.
+class FaultRun
+{
+public:
+    explicit FaultRun(support::ServiceBench::WindowMaker makeWindow);
+    Q_DISABLE_COPY_MOVE(FaultRun)
+
+    /// Gets the client to the point of the call, has it answered like this, and waits until nothing is under way.
+    /// False when one of the three fails.
+    bool play(support::Call call, const support::Reply& reply);
+    /// The same call once more in the same window; not for the session check, which is made once.
+    bool playAgain(const support::Reply& reply);
+    /// The first with a base URL that leads somewhere else.
+    bool playAt(support::Call call, const QString& origin);
+
+    /// What the window shows and has saved, in words.
+    QStringList seen();
+    /// What has to be seen there.
+    QStringList expected(const FaultOutcome& outcome) const;
+    /// The paths that have come in at the service since the call. Qt repeats a GET by itself when the connection ends
+    /// without an answer; that counts as one here.
+    QList<QByteArray> arrivals() const;
+    /// Those that have to come in when the call itself does.
+    QList<QByteArray> expectedArrivals(const FaultOutcome& outcome) const;
+    /// False when the control that the call keeps busy was not.
+    bool wasBusy() const { return m_wasBusy; }
+    /// Links the client anew and, after a creation, creates once more; all five calls work if this does.
+    bool stillAnswers();
+    /// Everything printed so far. Nothing should be.
+    QStringList messages() const { return m_messages.messages(); }
+
+    support::ServiceBench& bench() { return *m_bench; }
+
+    support::ScriptedServer server;
+
+private:
+    void begin(const QString& origin);
+    bool prepare(support::Call call);
+    bool carryOut(support::Call call);
+    bool settles();
+
+    support::MessageCatcher m_messages;
+    support::ServiceBench::WindowMaker m_makeWindow;
+    std::unique_ptr<support::ServiceBench> m_bench;
+    support::Call m_call = support::Call::LinkStart;
+    ClientSight m_before;
+    bool m_wasBusy = false;
+};
+
+} // namespace faults

@@ -1,0 +1,215 @@
+// Texts of the service are shown as they are, whatever is in them and wherever they appear.
+#include "app/tarnwick_client_window.h"
+#include "faults/lure.h"
+#include "support/message_catcher.h"
+#include "support/opened_urls.h"
+#include "support/scripted_server.h"
+#include "support/service_bench.h"
+
+#include <QElapsedTimer>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QLabel>
+#include <QTest>
+#include <QTimer>
+
+#include <memory>
+
+using support::Call;
+using support::callPath;
+using support::Reply;
+
+namespace {
+
+/// Far more than any of these texts needs, with a sanitizer and on a busy machine too.
+constexpr qint64 serviceTextPatienceMs = 20000;
+
+} // namespace
+
+class ServiceTextsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void anErrorText_data() { addTexts(); }
+    void anErrorText();
+    void theAccountTexts_data() { addTexts(); }
+    void theAccountTexts();
+    void theTextsOfAProject_data() { addTexts(); }
+    void theTextsOfAProject();
+    void theLabelOfACore_data() { addTexts(); }
+    void theLabelOfACore();
+    void theLinkCode_data() { addTexts(); }
+    void theLinkCode();
+    void theLureTellsWhenItIsOpened();
+
+private:
+    void addTexts() const;
+    /// Paints everything, on both pages. False when that takes too long, moves the window's edges or opens the lure.
+    bool paints();
+    /// Has a code approved, upon which the session is checked once more.
+    bool linksAnew();
+
+    faults::Lure lure;
+    std::unique_ptr<support::MessageCatcher> messages;
+    std::unique_ptr<support::ScriptedServer> server;
+    std::unique_ptr<support::OpenedUrls> opened;
+    std::unique_ptr<support::ServiceBench> bench;
+    QElapsedTimer clock;
+    QSize size;
+};
+
+void ServiceTextsTest::addTexts() const
+{
+    const QString image = u"<img src=\"%1\">"_s.arg(lure.path());
+    QTest::addColumn<QString>("text");
+    QTest::newRow("tags") << u"<b>bold</b><br><h1>large</h1><script>x</script>"_s;
+    QTest::newRow("a table of markup") << u"<table width=9000><tr><td>"_s + QString(4000, u'x') + u"</table>"_s;
+    QTest::newRow("a picture") << image;
+    QTest::newRow("a picture from a file address") << u"<img src=\"file://%1\">"_s.arg(lure.path());
+    QTest::newRow("a picture behind a mark of markup") << u"<!DOCTYPE html><html>"_s + image;
+    QTest::newRow("a background") << u"<body background=\"%1\" style=\"background:url(%1)\">x"_s.arg(lure.path());
+    QTest::newRow("a link") << u"<a href=\"https://elsewhere.example\">here</a>"_s;
+    QTest::newRow("markdown") << u"# Large\n![x](%1) [y](z) `q`"_s.arg(lure.path());
+    QTest::newRow("entities") << u"&lt;b&gt; &amp;amp; &#65; &nbsp;"_s;
+    QTest::newRow("ampersands") << u"&File && &&& E&xit"_s;
+    QTest::newRow("placeholders") << u"%1 %2 %n %L1 %%"_s;
+    QTest::newRow("a megabyte in one line") << QString(1024 * 1024, u'x');
+    QTest::newRow("a megabyte of words") << u"word "_s.repeated(1024 * 1024 / 5) + u"end"_s;
+    QTest::newRow("a megabyte of marks") << u"<"_s.repeated(1024 * 1024);
+    QTest::newRow("right to left") << u"\u202etxet desrever\u202c \u200f\u2067x\u2069 שלום"_s;
+    QTest::newRow("a thousand turns of direction") << u"\u202ea\u202db"_s.repeated(1000);
+    QTest::newRow("control characters") << u"a\u0001\u0007\b\u001b[31mred\u007f\u0085b"_s;
+    QTest::newRow("zero-width and combined") << u"\u200b\ufeffZ"_s + QString(2000, QChar(0x0301));
+    QTest::newRow("half a surrogate pair") << QString(QChar(0xd83d)) + u"x"_s + QString(QChar(0xdd25));
+    QTest::newRow("outside of Unicode's characters") << u"\uffff\ufffe\ufdd0"_s;
+}
+
+void ServiceTextsTest::init()
+{
+    messages = std::make_unique<support::MessageCatcher>();
+    server = std::make_unique<support::ScriptedServer>();
+    opened = std::make_unique<support::OpenedUrls>();
+    bench = std::make_unique<support::ServiceBench>(*server, [] { return std::make_unique<TarnwickClientWindow>(); });
+    QVERIFY(bench->settleLinked());
+    bench->window().resize(1220, 860);
+    bench->window().show();
+    QVERIFY(QTest::qWaitForWindowExposed(&bench->window()));
+    size = bench->window().size();
+    QVERIFY(lure.isWatched());
+    lure.forget();
+    clock.start();
+}
+
+void ServiceTextsTest::cleanup()
+{
+    if (!QTest::currentTestFailed()) {
+        QVERIFY(opened->isEmpty());
+        server->reply(callPath(Call::LinkStart), Reply::json(500, R"({"message":"It still answers."})"));
+        bench->view().button(u"Generate Link Code")->click();
+        QTRY_COMPARE(bench->view().status(), u"It still answers."_s);
+    }
+    bench.reset();
+    opened.reset();
+    server.reset();
+    const QStringList printed = messages->messages();
+    messages.reset();
+    QCOMPARE(printed, QStringList());
+}
+
+bool ServiceTextsTest::paints()
+{
+    for (const int page : {1, 0}) {
+        bench->view().tabs()->setCurrentIndex(page);
+        QCoreApplication::processEvents();
+        if (bench->window().grab().isNull()) {
+            return false;
+        }
+    }
+    QCoreApplication::processEvents();
+    return bench->window().size() == size && !lure.wasOpened() && clock.elapsed() < serviceTextPatienceMs;
+}
+
+bool ServiceTextsTest::linksAnew()
+{
+    server->reply(callPath(Call::LinkPoll), Reply::json(200, R"({"access_token":"token-2"})"));
+    bench->view().button(u"Generate Link Code")->click();
+    if (!QTest::qWaitFor([this] { return !bench->view().line(u"Link code")->text().isEmpty(); })) {
+        return false;
+    }
+    bench->tickPollTimer();
+    return true;
+}
+
+void ServiceTextsTest::anErrorText()
+{
+    QFETCH(QString, text);
+    server->reply(callPath(Call::Instances), Reply::json(500, QJsonObject{{u"message"_s, text}}));
+    bench->view().button(u"Refresh")->click();
+    QTRY_COMPARE(bench->view().status(), text);
+    QCOMPARE(bench->view().label(u"StatusText"_s)->textFormat(), Qt::PlainText);
+    QVERIFY(paints());
+}
+
+void ServiceTextsTest::theAccountTexts()
+{
+    QFETCH(QString, text);
+    const QJsonObject user{{u"display_name"_s, text}, {u"plan_name"_s, text}, {u"gdps_limit_label"_s, text}};
+    server->reply(callPath(Call::Session), Reply::json(200, QJsonObject{{u"user"_s, user}}));
+    QVERIFY(linksAnew());
+    QTRY_COMPARE(bench->view().account(),
+                 QStringList({u"Signed in as "_s + text, u"Plan: "_s + text, u"Limit: "_s + text}));
+    QVERIFY(paints());
+}
+
+void ServiceTextsTest::theTextsOfAProject()
+{
+    QFETCH(QString, text);
+    const QJsonObject project{
+        {u"display_name"_s, text}, {u"slug"_s, text}, {u"core_label"_s, text}, {u"status"_s, text}};
+    server->reply(callPath(Call::Instances),
+                  Reply::json(200, QJsonObject{{u"instances"_s, QJsonArray{project, project}}}));
+    bench->view().button(u"Refresh")->click();
+    QTRY_COMPARE(bench->view().table()->rowCount(), 2);
+    QCOMPARE(bench->view().row(1), QStringList({text, text, text, text}));
+    QVERIFY(paints());
+}
+
+void ServiceTextsTest::theLabelOfACore()
+{
+    QFETCH(QString, text);
+    const QJsonObject core{{u"key"_s, u"k"_s}, {u"label"_s, text}};
+    server->reply(callPath(Call::Session), Reply::json(200, QJsonObject{{u"available_cores"_s, QJsonArray{core}}}));
+    QVERIFY(linksAnew());
+    QTRY_COMPARE(bench->view().account().first(), u"Signed in as Tarnwick user"_s);
+    QCOMPARE(bench->view().combo(u"Core")->currentText(), text);
+    QVERIFY(paints());
+}
+
+void ServiceTextsTest::theLinkCode()
+{
+    QFETCH(QString, text);
+    server->reply(callPath(Call::LinkStart), Reply::json(200, QJsonObject{{u"code"_s, text}}));
+    // The code is part of each poll's address, for which a server has a limit: there shall be no poll.
+    bench->window().findChild<QTimer*>(QString(), Qt::FindDirectChildrenOnly)->blockSignals(true);
+    bench->view().button(u"Generate Link Code")->click();
+    QTRY_VERIFY(bench->view().status().endsWith(u"/link/pc before it expires."_s));
+    QVERIFY(bench->view().status().startsWith(u"Code "_s + text + u" is ready."_s));
+    // A line field has room for so many characters and no more.
+    QCOMPARE(bench->view().line(u"Link code")->text(), text.left(32767));
+    QVERIFY(paints());
+}
+
+/// Else the other tests would find nothing whatever happened.
+void ServiceTextsTest::theLureTellsWhenItIsOpened()
+{
+    QVERIFY(!lure.wasOpened());
+    QLabel label(u"<img src=\"%1\">"_s.arg(lure.path()));
+    label.show();
+    QTRY_VERIFY(lure.wasOpened());
+}
+
+QTEST_MAIN(ServiceTextsTest)
+#include "service_texts_test.moc"

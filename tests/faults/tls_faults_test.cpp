@@ -1,0 +1,126 @@
+// Servers whose identity does not hold, or that speak a TLS too old: nothing of a request may reach them.
+#include "app/tarnwick_client_window.h"
+#include "faults/fault_run.h"
+#include "support/tls_material.h"
+#include "support/trusted_ca.h"
+
+#include <QTest>
+
+#include <memory>
+
+using support::Call;
+using support::HandshakeFault;
+using support::Reply;
+using support::ScriptedServer;
+using support::TlsIdentity;
+
+class TlsFaultsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanupTestCase();
+    void aServerThatIsNotTrustedGetsNothing_data();
+    void aServerThatIsNotTrustedGetsNothing();
+    void aSilentHandshakeEnds_data();
+    void aSilentHandshakeEnds();
+    void aTrustedServerIsAsked();
+
+private:
+    static std::unique_ptr<faults::FaultRun> newRun()
+    {
+        return std::make_unique<faults::FaultRun>([] { return std::make_unique<TarnwickClientWindow>(); });
+    }
+    static void check(Call call, ScriptedServer& server, const QString& errorStart);
+
+    std::unique_ptr<support::TlsMaterial> material;
+    std::unique_ptr<support::TrustedCa> trust;
+    QList<std::pair<QByteArray, TlsIdentity>> identities;
+};
+
+void TlsFaultsTest::initTestCase()
+{
+    material = std::make_unique<support::TlsMaterial>();
+    if (!material->isUsable()) {
+        QSKIP(qPrintable(material->errorText()));
+    }
+    trust = std::make_unique<support::TrustedCa>(material->authority());
+    identities = {{"self-signed", material->selfSigned()},
+                  {"expired", material->expired()},
+                  {"not yet valid", material->notYetValid()},
+                  {"another host's", material->wrongHost()},
+                  {"signed by nobody known", material->unknownAuthority()}};
+}
+
+void TlsFaultsTest::cleanupTestCase()
+{
+    trust.reset();
+}
+
+void TlsFaultsTest::check(Call call, ScriptedServer& server, const QString& errorStart)
+{
+    const auto run = newRun();
+    QVERIFY(run->playAt(call, server.origin(u"localhost"_s)));
+    QVERIFY(run->wasBusy());
+    const QString status = run->bench().view().status();
+    QVERIFY2(status.startsWith(errorStart), qPrintable(status));
+    QCOMPARE(run->seen(), run->expected({.status = 0, .errorText = status, .body = {}}));
+    QVERIFY(server.connectionCount() > 0);
+    QCOMPARE(server.httpBytesReceived(), 0);
+    QCOMPARE(run->arrivals(), QList<QByteArray>());
+    QVERIFY(run->stillAnswers());
+    QCOMPARE(run->messages(), QStringList());
+}
+
+void TlsFaultsTest::aServerThatIsNotTrustedGetsNothing_data()
+{
+    QTest::addColumn<Call>("call");
+    QTest::addColumn<int>("identity");
+    const auto calls = support::allCalls();
+    for (const Call call : calls) {
+        for (int index = 0; index < identities.size(); ++index) {
+            QTest::addRow("%s: %s", support::callName(call), identities.at(index).first.constData()) << call << index;
+        }
+        QTest::addRow("%s: TLS 1.0", support::callName(call)) << call << -1;
+    }
+}
+
+void TlsFaultsTest::aServerThatIsNotTrustedGetsNothing()
+{
+    QFETCH(Call, call);
+    QFETCH(int, identity);
+    const auto server = identity < 0 ? std::make_unique<ScriptedServer>(HandshakeFault::OldVersion)
+                                     : std::make_unique<ScriptedServer>(identities.at(identity).second);
+    check(call, *server, u"SSL handshake failed"_s);
+}
+
+void TlsFaultsTest::aSilentHandshakeEnds_data()
+{
+    QTest::addColumn<Call>("call");
+    const auto calls = support::allCalls();
+    for (const Call call : calls) {
+        QTest::newRow(support::callName(call)) << call;
+    }
+}
+
+void TlsFaultsTest::aSilentHandshakeEnds()
+{
+    QFETCH(Call, call);
+    ScriptedServer server(HandshakeFault::Silence);
+    check(call, server, u"Operation canceled"_s);
+}
+
+/// What the rows above lack is the trust, and nothing else.
+void TlsFaultsTest::aTrustedServerIsAsked()
+{
+    ScriptedServer server(material->good());
+    server.reply(callPath(Call::LinkStart), Reply::json(500, R"({"message":"Trusted"})"));
+    const auto run = newRun();
+    QVERIFY(run->playAt(Call::LinkStart, server.origin(u"localhost"_s)));
+    QCOMPARE(run->bench().view().status(), u"Trusted"_s);
+    QCOMPARE(server.count(), 1);
+}
+
+QTEST_MAIN(TlsFaultsTest)
+#include "tls_faults_test.moc"
