@@ -17,7 +17,7 @@ _WINDOW_MANAGER = """<?xml version="1.0" encoding="UTF-8"?>
   <theme><keepBorder>no</keepBorder></theme>
   <keyboard><keybind key="A-F4"><action name="Close"/></keybind></keyboard>
   <applications>
-    <application name="TarnwickClient" type="normal">
+    <application class="Tarnwick" type="normal">
       <decor>no</decor>
       <position force="yes"><x>0</x><y>0</y></position>
       {maximized}
