@@ -118,9 +118,8 @@ void LinkRequestTest::theCodeIsShownThenSavedThenAnnounced()
 {
     Run run;
     run.start();
-    QLineEdit* codeEdit = run.view().line(u"Link code");
     int changes = 0;
-    connect(codeEdit, &QLineEdit::textChanged, this, [&] {
+    connect(run.view().line(u"Link code"), &QLineEdit::textChanged, this, [&] {
         ++changes;
         QCOMPARE(run.view().status(), u"Requesting a new Tarnwick PC link code..."_s);
         QVERIFY(!run.pollTimer()->isActive());
@@ -128,7 +127,7 @@ void LinkRequestTest::theCodeIsShownThenSavedThenAnnounced()
     });
     QVERIFY(run.showLinkCode(u"TWPC-1"_s));
     QCOMPARE(changes, 1);
-    QCOMPARE(codeEdit->text(), u"TWPC-1"_s);
+    QCOMPARE(run.view().line(u"Link code")->text(), u"TWPC-1"_s);
     QCOMPARE(run.savedText(u"device_id"_s), u"desk-1"_s);
     QVERIFY(!run.home().stateObject().contains(u"access_token"_s));
 }
