@@ -55,6 +55,8 @@ private:
             }
         }
     };
+    OtherDesktop* otherDesktop = nullptr; // the application's, once it is its style
+
     using Run = support::ClientRun<TarnwickClientWindow>;
 
     static QBoxLayout* rowOf(Run& run)
@@ -121,7 +123,8 @@ void AccountCardsTest::theLinkFormHoldsUrlAndCode()
 void AccountCardsTest::theLinkFormIsAlignedLeftAndTopOnEveryDesktop()
 {
     const QString formerStyle = QApplication::style()->name();
-    QApplication::setStyle(new OtherDesktop);
+    otherDesktop = new OtherDesktop;
+    QApplication::setStyle(otherDesktop);
     Run run;
     run.start();
     const auto* form = nestedLayout<QFormLayout>(columnOf(run, 0), 2);
