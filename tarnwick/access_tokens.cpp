@@ -8,7 +8,7 @@ namespace tarnwick {
 
 namespace {
 
-constexpr std::size_t tokenBytes = 32;
+constexpr std::size_t accessTokenBytes = 32;
 
 // "Last seen" is shown to the minute: no need to write to the disk on every request.
 constexpr std::chrono::minutes lastSeenStep{1};
@@ -19,7 +19,7 @@ AccessTokens::AccessTokens(Database& database, Clock clock) : m_database(databas
 
 std::string AccessTokens::issue(std::int64_t accountId, const std::string& deviceId)
 {
-    std::string token = randomHex(tokenBytes);
+    std::string token = randomHex(accessTokenBytes);
     const Moment now = m_clock();
     m_database.run("UPDATE access_tokens SET revoked = 1 WHERE account_id = ? AND device_id = ?", accountId, deviceId);
     m_database.run("INSERT INTO access_tokens (account_id, device_id, token_hash, linked_at, last_seen_at, revoked)"

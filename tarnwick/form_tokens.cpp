@@ -10,11 +10,11 @@ namespace tarnwick {
 namespace {
 
 constexpr std::string_view cookieName = "tarnwick_form";
-constexpr std::size_t tokenBytes = 32;
+constexpr std::size_t formTokenBytes = 32;
 
 bool isToken(std::string_view text)
 {
-    return text.size() == tokenBytes * 2 && text.find_first_not_of("0123456789abcdef") == std::string_view::npos;
+    return text.size() == formTokenBytes * 2 && text.find_first_not_of("0123456789abcdef") == std::string_view::npos;
 }
 
 // Empty when the browser sent no token, or something that is none.
@@ -46,7 +46,7 @@ bool isForeignOrigin(const HttpRequest& request)
 FormToken formTokenFor(const HttpRequest& request)
 {
     const std::string token = cookieToken(request);
-    return token.empty() ? FormToken{randomHex(tokenBytes), true} : FormToken{token, false};
+    return token.empty() ? FormToken{randomHex(formTokenBytes), true} : FormToken{token, false};
 }
 
 std::string formTokenCookie(const FormToken& token)

@@ -124,7 +124,6 @@ void CookiesTest::twoAccountsOnOneWindowShareNothing()
 {
     ScriptedServer server;
     support::ServiceBench bench(server, [] { return std::make_unique<TarnwickClientWindow>(); });
-    const auto calls = support::allCalls();
     server.reply(callPath(Call::Session), withCookies(Reply::json(200, R"({"user":{"display_name":"Ann"}})")));
     QVERIFY(bench.settleLinked());
     QCOMPARE(bench.view().account().constFirst(), u"Signed in as Ann"_s);

@@ -23,7 +23,7 @@ constexpr const char* logoProbeWithoutFile = "without file";
 /// The copy deletes its working directory before anything else.
 constexpr const char* logoProbeWithoutFolder = "without folder";
 
-int reportLogo(int argc, char* argv[])
+int reportLogo(int argc, char** argv)
 {
     const QByteArray wish = qgetenv(LogoPlaces::wishVariable);
     std::error_code ignored;
@@ -277,7 +277,7 @@ void LogoTest::withoutAWorkingDirectoryThePlacesAroundTheProgramStillCount()
     QCOMPARE(places.run(doomed, logoProbeWithoutFolder).value(u"colour"_s).toString(), u"#ff0000"_s);
 }
 
-int main(int argc, char* argv[])
+int main(int argc, char** argv)
 {
     if (qEnvironmentVariableIsSet(LogoPlaces::wishVariable)) {
         return reportLogo(argc, argv);

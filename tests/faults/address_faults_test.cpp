@@ -136,7 +136,7 @@ void AddressFaultsTest::aRedirectThatLeadsNowhereEndsInOneSentence()
 void AddressFaultsTest::aTokenIsSentByteForByte_data()
 {
     QTest::addColumn<QString>("token");
-    QTest::newRow("64 KiB") << QString(64 * 1024, u't');
+    QTest::newRow("64 KiB") << QString(qsizetype{64} * 1024, u't');
     QTest::newRow("umlauts") << u"tökén"_s;
     QTest::newRow("emoji") << u"🔥🔥"_s;
     QTest::newRow("right to left") << u"שלום"_s;

@@ -175,7 +175,7 @@ void StateFileFaultsTest::ofAKeyGivenTwiceTheLastCounts()
 
 void StateFileFaultsTest::aHugeFileIsRead()
 {
-    home->writeState(R"({"device_id":"d","filler":")" + QByteArray(10 * 1024 * 1024, 'x') + "\"}");
+    home->writeState(R"({"device_id":"d","filler":")" + QByteArray(qsizetype{10} * 1024 * 1024, 'x') + "\"}");
     QCOMPARE(twoStarts(u"as usual"_s), stateFaultWorks);
     QCOMPARE(home->stateObject().value(u"device_id"_s).toString(), u"d"_s);
     QVERIFY(home->readState().size() < 1024);

@@ -36,7 +36,7 @@ int survivalSaveOn(int argc, char** argv)
     TarnwickClientWindow window;
     const support::WindowView view(window);
     std::puts("ready");
-    std::fflush(stdout);
+    static_cast<void>(std::fflush(stdout));
     for (int round = 0;; ++round) {
         view.line(u"Tarnwick URL")->setText(survivalOrigin + u'/' + QString(round * 37 % 2000, u'x'));
         window.close();

@@ -17,27 +17,27 @@
 struct HandleReply
 {
     using Type = void (TarnwickClientWindow::*)(QNetworkReply*);
-    friend Type memberOf(HandleReply);
+    friend Type memberOf(HandleReply tag);
 };
 struct SetBusy
 {
     using Type = void (TarnwickClientWindow::*)(TaskKind, bool);
-    friend Type memberOf(SetBusy);
+    friend Type memberOf(SetBusy tag);
 };
 struct IsBusy
 {
     using Type = bool (TarnwickClientWindow::*)(TaskKind) const;
-    friend Type memberOf(IsBusy);
+    friend Type memberOf(IsBusy tag);
 };
 struct Unlink
 {
     using Type = void (TarnwickClientWindow::*)();
-    friend Type memberOf(Unlink);
+    friend Type memberOf(Unlink tag);
 };
 struct State
 {
     using Type = ClientState TarnwickClientWindow::*;
-    friend Type memberOf(State);
+    friend Type memberOf(State tag);
 };
 
 template struct PrivateMember<HandleReply, &TarnwickClientWindow::handleReply>;
@@ -89,7 +89,7 @@ QString fuzzErrorText(int status, bool transferFailed, const QJsonObject& object
         return {};
     }
     const QString message = object.value(u"message"_s).toString();
-    const QString words = message.isEmpty() ? object.value(u"error"_s).toString() : message;
+    QString words = message.isEmpty() ? object.value(u"error"_s).toString() : message;
     if (!words.isEmpty()) {
         return words;
     }

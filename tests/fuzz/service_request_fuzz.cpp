@@ -14,7 +14,7 @@ namespace {
 void demand(bool holds, const char* what, const std::string& detail)
 {
     if (!holds) {
-        std::fprintf(stderr, "does not hold: %s: %s\n", what, detail.c_str());
+        static_cast<void>(std::fprintf(stderr, "does not hold: %s: %s\n", what, detail.c_str()));
         std::abort();
     }
 }
@@ -87,7 +87,8 @@ void check(const tarnwick::HttpRequest& request, const tarnwick::HttpReply& repl
 {
     demand(reply.status >= 200 && reply.status < 500, "no fault inside", std::to_string(reply.status) + reply.body);
     for (const auto& [name, value] : reply.headers) {
-        demand(value.find_first_of("\r\n") == std::string::npos, "a header is one line", name + ": " + value);
+        demand(value.find_first_of("\r\n") == std::string::npos, "a header is one line",
+               std::string(name).append(": ").append(value));
     }
     if (tarnwick::isApiPath(request.path)) {
         demand(nlohmann::json::parse(reply.body, nullptr, false).is_object(), "an object for a program", reply.body);

@@ -10,17 +10,17 @@
 struct LoadState
 {
     using Type = void (TarnwickClientWindow::*)();
-    friend Type memberOf(LoadState);
+    friend Type memberOf(LoadState tag);
 };
 struct SaveState
 {
     using Type = void (TarnwickClientWindow::*)();
-    friend Type memberOf(SaveState);
+    friend Type memberOf(SaveState tag);
 };
 struct State
 {
     using Type = ClientState TarnwickClientWindow::*;
-    friend Type memberOf(State);
+    friend Type memberOf(State tag);
 };
 
 template struct PrivateMember<LoadState, &TarnwickClientWindow::loadState>;

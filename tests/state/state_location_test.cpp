@@ -217,7 +217,7 @@ void StateLocationTest::homeIsReadAtEverySave()
     QVERIFY(QFile::exists(locationUnder(folder->filePath(u"second"_s)) + u"/pc-client-state.json"_s));
 }
 
-int main(int argc, char* argv[])
+int main(int argc, char** argv)
 {
     const QApplication application(argc, argv);
     if (qEnvironmentVariableIsSet(locationChildVariable)) {

@@ -184,9 +184,9 @@ void ScriptedTlsTest::sendsAHugeBodyInLittleMemory()
     QNetworkAccessManager network;
     QNetworkReply* reply = network.get(QNetworkRequest(QUrl(server.origin() + u"/"_s)));
     reply->setReadBufferSize(64LL * 1024);
-    qint64 received = 0;
-    connect(reply, &QNetworkReply::readyRead, this, [&received, reply] { received += reply->readAll().size(); });
-    QTRY_VERIFY_WITH_TIMEOUT(received > 100LL * 1024 * 1024 || reply->isFinished(), 60000);
+    const auto received = std::make_shared<qint64>(0);
+    connect(reply, &QNetworkReply::readyRead, this, [received, reply] { *received += reply->readAll().size(); });
+    QTRY_VERIFY_WITH_TIMEOUT(*received > 100LL * 1024 * 1024 || reply->isFinished(), 60000);
     QVERIFY(!reply->isFinished());
     reply->abort();
     reply->deleteLater();

@@ -28,6 +28,7 @@ protected:
         }
         gate.set_value();
         std::vector<int> statuses;
+        statuses.reserve(running.size());
         for (std::future<int>& result : running) {
             statuses.push_back(result.get());
         }

@@ -29,7 +29,7 @@ TEST(FormData, KeepsTextOfManyScripts)
     EXPECT_EQ(FormData::parse("n=%F0%9F%94%A5+%D0%9D%D0%BE%D1%87%D1%8C").value("n"), "🔥 Ночь");
 }
 
-std::string faultOf(const std::string& encoded)
+std::string formFaultOf(const std::string& encoded)
 {
     try {
         FormData::parse(encoded);
@@ -42,7 +42,7 @@ std::string faultOf(const std::string& encoded)
 TEST(FormData, RefusesBrokenEscapes)
 {
     for (const char* encoded : {"a=%", "a=%4", "a=%4g", "a=%zz", "a=%+1", "a=%-1", "%=a"}) {
-        EXPECT_EQ(faultOf(encoded), "The form has a percent sign that is not followed by two hexadecimal digits.")
+        EXPECT_EQ(formFaultOf(encoded), "The form has a percent sign that is not followed by two hexadecimal digits.")
             << encoded;
     }
 }
@@ -50,13 +50,13 @@ TEST(FormData, RefusesBrokenEscapes)
 TEST(FormData, RefusesWhatIsNoText)
 {
     for (const char* encoded : {"a=%00", "a=%ff", "a=%c0%80", "a=%ed%a0%80", "%f5%80%80%80=a", "a=\xff"}) {
-        EXPECT_EQ(faultOf(encoded), "The form is not valid UTF-8 text.") << encoded;
+        EXPECT_EQ(formFaultOf(encoded), "The form is not valid UTF-8 text.") << encoded;
     }
 }
 
 TEST(FormData, RefusesAFieldGivenTwice)
 {
-    EXPECT_EQ(faultOf("a=1&b=2&%61=3"), "The form gives a field twice.");
+    EXPECT_EQ(formFaultOf("a=1&b=2&%61=3"), "The form gives a field twice.");
 }
 
 TEST(FormData, RefusesMoreThan64Fields)
@@ -68,8 +68,8 @@ TEST(FormData, RefusesMoreThan64Fields)
         encoded += "=x&";
     }
 
-    EXPECT_EQ(faultOf(encoded), "none");
-    EXPECT_EQ(faultOf(encoded + "one-more=x"), "The form has too many fields.");
+    EXPECT_EQ(formFaultOf(encoded), "none");
+    EXPECT_EQ(formFaultOf(encoded + "one-more=x"), "The form has too many fields.");
 }
 
 } // namespace

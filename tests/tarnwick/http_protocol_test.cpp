@@ -111,7 +111,7 @@ TEST_F(HttpProtocol, FieldGivenTwiceIsRefused)
 TEST_F(HttpProtocol, BodyMayHave64KiB)
 {
     const std::string start = "device_id=d&rest=";
-    const std::size_t limit = 64U * 1024U;
+    const std::size_t limit = std::size_t{64} * 1024;
 
     EXPECT_EQ(statusOf(postBody(start + std::string(limit - start.size(), 'x'), m_formType)), 200);
     const auto reply = postBody(start + std::string(limit - start.size() + 1, 'x'), m_formType);
@@ -121,7 +121,7 @@ TEST_F(HttpProtocol, BodyMayHave64KiB)
 
 TEST_F(HttpProtocol, MuchTooLargeBodyIsRefusedToo)
 {
-    const auto reply = postBody(std::string(3U * 1024U * 1024U, 'x'), m_formType);
+    const auto reply = postBody(std::string(std::size_t{3} * 1024 * 1024, 'x'), m_formType);
 
     EXPECT_EQ(statusOf(reply), 413);
 }

@@ -8,7 +8,7 @@ namespace tarnwick::testing {
 
 namespace {
 
-constexpr const char* device = "twqt-4e94914f0000";
+constexpr const char* linkedDevice = "twqt-4e94914f0000";
 
 class LinkApi : public ::testing::Test
 {
@@ -18,7 +18,7 @@ protected:
 
 TEST_F(LinkApi, StartGivesACodeOfTheAgreedForm)
 {
-    const auto reply = m_service.post("/api/pc/link/start", {{"device_id", device}});
+    const auto reply = m_service.post("/api/pc/link/start", {{"device_id", linkedDevice}});
 
     ASSERT_EQ(statusOf(reply), 200);
     EXPECT_EQ(reply->get_header_value("Content-Type"), "application/json");
@@ -32,7 +32,8 @@ TEST_F(LinkApi, StartGivesACodeOfTheAgreedForm)
 TEST_F(LinkApi, ApproveUrlUsesTheAddressTheClientUsed)
 {
     const httplib::Headers headers{{"Host", "localhost:4444"}};
-    const auto reply = m_service.client().Post("/api/pc/link/start", headers, httplib::Params{{"device_id", device}});
+    const auto reply =
+        m_service.client().Post("/api/pc/link/start", headers, httplib::Params{{"device_id", linkedDevice}});
 
     ASSERT_EQ(statusOf(reply), 200);
     EXPECT_TRUE(jsonOf(reply).value("approve_url", "").starts_with("http://localhost:4444/link/pc?code=TWPC-"));
@@ -65,10 +66,10 @@ TEST_F(LinkApi, StartRefusesADeviceThatCannotBeShown)
 
 TEST_F(LinkApi, PollSaysHowLongAPendingCodeIsGood)
 {
-    const std::string code = m_service.startLink(device);
+    const std::string code = m_service.startLink(linkedDevice);
     m_service.advance(std::chrono::milliseconds(1500));
 
-    const auto reply = m_service.poll(code, device);
+    const auto reply = m_service.poll(code, linkedDevice);
 
     EXPECT_EQ(statusOf(reply), 202);
     EXPECT_EQ(messageOf(reply), "Waiting for approval. Code " + code + " is good for another 9 minutes 59 seconds.");
@@ -78,33 +79,33 @@ TEST_F(LinkApi, PollSaysHowLongAPendingCodeIsGood)
 
 TEST_F(LinkApi, PollTakesTheCodeAsAPersonTypesIt)
 {
-    const std::string code = m_service.startLink(device);
+    const std::string code = m_service.startLink(linkedDevice);
 
-    EXPECT_EQ(statusOf(m_service.poll("twpc" + code.substr(5), device)), 202);
+    EXPECT_EQ(statusOf(m_service.poll("twpc" + code.substr(5), linkedDevice)), 202);
 }
 
 TEST_F(LinkApi, PendingCodeEndsAtExactlyTenMinutes)
 {
-    const std::string code = m_service.startLink(device);
+    const std::string code = m_service.startLink(linkedDevice);
 
     m_service.advance(std::chrono::minutes(10) - std::chrono::milliseconds(1));
-    const auto last = m_service.poll(code, device);
+    const auto last = m_service.poll(code, linkedDevice);
     EXPECT_EQ(statusOf(last), 202);
     EXPECT_EQ(messageOf(last), "Waiting for approval. Code " + code + " is good for another 1 second.");
 
     m_service.advance(std::chrono::milliseconds(1));
-    const auto expired = m_service.poll(code, device);
+    const auto expired = m_service.poll(code, linkedDevice);
     EXPECT_EQ(statusOf(expired), 410);
     EXPECT_EQ(messageOf(expired), "Link code " + code + " has expired. Generate a new one.");
 }
 
 TEST_F(LinkApi, ApprovedCodeEndsAtExactlyTenMinutesToo)
 {
-    const std::string code = m_service.startLink(device);
+    const std::string code = m_service.startLink(linkedDevice);
     ASSERT_EQ(statusOf(m_service.browser().decide(code, "approve")), 303);
     m_service.advance(std::chrono::minutes(10));
 
-    const auto reply = m_service.poll(code, device);
+    const auto reply = m_service.poll(code, linkedDevice);
 
     EXPECT_EQ(statusOf(reply), 410);
     EXPECT_EQ(messageOf(reply), "Link code " + code + " has expired. Generate a new one.");
@@ -112,26 +113,26 @@ TEST_F(LinkApi, ApprovedCodeEndsAtExactlyTenMinutesToo)
 
 TEST_F(LinkApi, CodeIsForgottenADayLater)
 {
-    const std::string code = m_service.startLink(device);
+    const std::string code = m_service.startLink(linkedDevice);
     m_service.advance(std::chrono::hours(24) + std::chrono::milliseconds(1));
     m_service.startLink("another device");
 
-    EXPECT_EQ(statusOf(m_service.poll(code, device)), 404);
+    EXPECT_EQ(statusOf(m_service.poll(code, linkedDevice)), 404);
 }
 
 TEST_F(LinkApi, ApprovedCodeGivesItsTokenOnce)
 {
-    const std::string code = m_service.startLink(device);
+    const std::string code = m_service.startLink(linkedDevice);
     ASSERT_EQ(statusOf(m_service.browser().decide(code, "approve")), 303);
 
-    const auto first = m_service.poll(code, device);
+    const auto first = m_service.poll(code, linkedDevice);
     EXPECT_EQ(statusOf(first), 200);
     EXPECT_EQ(messageOf(first), "This desktop is now linked to Robin Vale.");
     const std::string token = jsonOf(first).value("access_token", "");
     EXPECT_TRUE(std::regex_match(token, std::regex("[0-9a-f]{64}"))) << token;
     EXPECT_EQ(statusOf(m_service.get("/api/pc/me", token)), 200);
 
-    const auto second = m_service.poll(code, device);
+    const auto second = m_service.poll(code, linkedDevice);
     EXPECT_EQ(statusOf(second), 410);
     EXPECT_EQ(messageOf(second), "Link code " + code + " has already been used.");
     EXPECT_FALSE(jsonOf(second).contains("access_token"));
@@ -139,10 +140,10 @@ TEST_F(LinkApi, ApprovedCodeGivesItsTokenOnce)
 
 TEST_F(LinkApi, DeniedCodeIsGone)
 {
-    const std::string code = m_service.startLink(device);
+    const std::string code = m_service.startLink(linkedDevice);
     ASSERT_EQ(statusOf(m_service.browser().decide(code, "deny")), 303);
 
-    const auto reply = m_service.poll(code, device);
+    const auto reply = m_service.poll(code, linkedDevice);
 
     EXPECT_EQ(statusOf(reply), 410);
     EXPECT_EQ(messageOf(reply), "Link code " + code + " was denied on the pairing page.");
@@ -150,43 +151,43 @@ TEST_F(LinkApi, DeniedCodeIsGone)
 
 TEST_F(LinkApi, NewCodeReplacesTheOneBefore)
 {
-    const std::string pending = m_service.startLink(device);
-    const std::string approved = m_service.startLink(device);
+    const std::string pending = m_service.startLink(linkedDevice);
+    const std::string approved = m_service.startLink(linkedDevice);
     ASSERT_EQ(statusOf(m_service.browser().decide(approved, "approve")), 303);
-    const std::string newest = m_service.startLink(device);
+    const std::string newest = m_service.startLink(linkedDevice);
 
     for (const std::string& code : {pending, approved}) {
-        const auto reply = m_service.poll(code, device);
+        const auto reply = m_service.poll(code, linkedDevice);
         EXPECT_EQ(statusOf(reply), 410);
         EXPECT_EQ(messageOf(reply), "Link code " + code + " was replaced by a newer one.");
     }
-    EXPECT_EQ(statusOf(m_service.poll(newest, device)), 202);
+    EXPECT_EQ(statusOf(m_service.poll(newest, linkedDevice)), 202);
 }
 
 TEST_F(LinkApi, NewCodeOfAnotherDeviceReplacesNothing)
 {
-    const std::string code = m_service.startLink(device);
+    const std::string code = m_service.startLink(linkedDevice);
     m_service.startLink("another device");
 
-    EXPECT_EQ(statusOf(m_service.poll(code, device)), 202);
+    EXPECT_EQ(statusOf(m_service.poll(code, linkedDevice)), 202);
 }
 
 TEST_F(LinkApi, CodeBelongsToTheDeviceThatAskedForIt)
 {
-    const std::string code = m_service.startLink(device);
+    const std::string code = m_service.startLink(linkedDevice);
     ASSERT_EQ(statusOf(m_service.browser().decide(code, "approve")), 303);
 
     const auto stranger = m_service.poll(code, "another device");
     EXPECT_EQ(statusOf(stranger), 404);
     EXPECT_EQ(messageOf(stranger), "This link code is unknown. Generate a new one.");
 
-    EXPECT_EQ(statusOf(m_service.poll(code, device)), 200) << "a stranger's poll must not use the code up";
+    EXPECT_EQ(statusOf(m_service.poll(code, linkedDevice)), 200) << "a stranger's poll must not use the code up";
 }
 
 TEST_F(LinkApi, PollOfAnUnknownCodeIsNotFound)
 {
     for (const char* code : {"TWPC-AAAAAA", "TWPC-", "", "TWPC-AAAAAAA", "TWPC-AAAA0O", "<script>"}) {
-        const auto reply = m_service.poll(code, device);
+        const auto reply = m_service.poll(code, linkedDevice);
         EXPECT_EQ(statusOf(reply), 404) << code;
         EXPECT_EQ(messageOf(reply), "This link code is unknown. Generate a new one.") << code;
     }
@@ -205,17 +206,17 @@ TEST_F(LinkApi, PollNeedsCodeAndDevice)
 
 TEST_F(LinkApi, HeadCannotCollectTheToken)
 {
-    const std::string code = m_service.startLink(device);
+    const std::string code = m_service.startLink(linkedDevice);
     ASSERT_EQ(statusOf(m_service.browser().decide(code, "approve")), 303);
 
-    EXPECT_EQ(statusOf(m_service.client().Head("/api/pc/link/poll?code=" + code + "&device_id=" + device)), 405);
-    EXPECT_EQ(statusOf(m_service.poll(code, device)), 200);
+    EXPECT_EQ(statusOf(m_service.client().Head("/api/pc/link/poll?code=" + code + "&device_id=" + linkedDevice)), 405);
+    EXPECT_EQ(statusOf(m_service.poll(code, linkedDevice)), 200);
 }
 
 TEST_F(LinkApi, LinkingADeviceAgainEndsItsOldToken)
 {
-    const std::string first = m_service.linkDesktop(device);
-    const std::string second = m_service.linkDesktop(device);
+    const std::string first = m_service.linkDesktop(linkedDevice);
+    const std::string second = m_service.linkDesktop(linkedDevice);
 
     EXPECT_NE(first, second);
     EXPECT_EQ(statusOf(m_service.get("/api/pc/me", first)), 401);

@@ -6,7 +6,7 @@ namespace tarnwick::testing {
 
 namespace {
 
-constexpr const char* device = "twqt-4e94914f0000";
+constexpr const char* pagedDevice = "twqt-4e94914f0000";
 
 class LinkPages : public ::testing::Test
 {
@@ -17,7 +17,7 @@ protected:
     }
 
     ServiceUnderTest m_service;
-    std::string m_code = m_service.startLink(device);
+    std::string m_code = m_service.startLink(pagedDevice);
 };
 
 TEST_F(LinkPages, PageWithoutACodeAsksForOne)
@@ -36,7 +36,7 @@ TEST_F(LinkPages, PageWithACodeShowsCodeDeviceAndBothChoices)
 
     ASSERT_EQ(statusOf(reply), 200);
     EXPECT_TRUE(contains(reply->body, "value=\"" + m_code + "\" readonly"));
-    EXPECT_TRUE(contains(reply->body, std::string("<bdi>") + device + "</bdi>"));
+    EXPECT_TRUE(contains(reply->body, std::string("<bdi>") + pagedDevice + "</bdi>"));
     EXPECT_TRUE(contains(reply->body, "value=\"approve\">Approve</button>"));
     EXPECT_TRUE(contains(reply->body, "value=\"deny\">Deny</button>"));
     EXPECT_TRUE(contains(reply->body, "10 minutes"));
@@ -63,7 +63,7 @@ TEST_F(LinkPages, ApprovalTakesTheTypedCodeToo)
     const auto reply = m_service.browser().post("/link/pc", {{"code", m_code.substr(5)}, {"decision", "approve"}});
 
     EXPECT_EQ(statusOf(reply), 303);
-    EXPECT_EQ(statusOf(m_service.poll(m_code, device)), 200);
+    EXPECT_EQ(statusOf(m_service.poll(m_code, pagedDevice)), 200);
 }
 
 TEST_F(LinkPages, ApprovalLeadsToAPageThatSaysSo)
@@ -73,7 +73,7 @@ TEST_F(LinkPages, ApprovalLeadsToAPageThatSaysSo)
     ASSERT_EQ(statusOf(reply), 303);
     EXPECT_EQ(reply->get_header_value("Location"), "/link/pc?code=" + m_code);
     EXPECT_TRUE(contains(page(m_code)->body, "Desktop approved"));
-    m_service.poll(m_code, device);
+    m_service.poll(m_code, pagedDevice);
     EXPECT_TRUE(contains(page(m_code)->body, "Desktop linked"));
 }
 
@@ -82,7 +82,7 @@ TEST_F(LinkPages, DenialLeadsToAPageThatSaysSo)
     ASSERT_EQ(statusOf(m_service.browser().decide(m_code, "deny")), 303);
 
     EXPECT_TRUE(contains(page(m_code)->body, "Request denied"));
-    EXPECT_EQ(statusOf(m_service.poll(m_code, device)), 410);
+    EXPECT_EQ(statusOf(m_service.poll(m_code, pagedDevice)), 410);
 }
 
 TEST_F(LinkPages, SecondDecisionChangesNothing)
@@ -93,7 +93,7 @@ TEST_F(LinkPages, SecondDecisionChangesNothing)
 
     EXPECT_EQ(statusOf(second), 409);
     EXPECT_TRUE(contains(second->body, "Already decided"));
-    EXPECT_EQ(statusOf(m_service.poll(m_code, device)), 410);
+    EXPECT_EQ(statusOf(m_service.poll(m_code, pagedDevice)), 410);
 }
 
 TEST_F(LinkPages, ExpiredCodeCannotBeApproved)
@@ -106,16 +106,16 @@ TEST_F(LinkPages, ExpiredCodeCannotBeApproved)
     const auto approved = m_service.browser().decide(m_code, "approve");
     EXPECT_EQ(statusOf(approved), 410);
     EXPECT_TRUE(contains(approved->body, "This code has expired"));
-    EXPECT_EQ(statusOf(m_service.poll(m_code, device)), 410);
+    EXPECT_EQ(statusOf(m_service.poll(m_code, pagedDevice)), 410);
 }
 
 TEST_F(LinkPages, ReplacedCodeCannotBeApproved)
 {
-    const std::string newer = m_service.startLink(device);
+    const std::string newer = m_service.startLink(pagedDevice);
 
     EXPECT_EQ(statusOf(page(m_code)), 410);
     EXPECT_EQ(statusOf(m_service.browser().decide(m_code, "approve")), 410);
-    EXPECT_EQ(statusOf(m_service.poll(newer, device)), 202);
+    EXPECT_EQ(statusOf(m_service.poll(newer, pagedDevice)), 202);
 }
 
 TEST_F(LinkPages, UnknownCodeComesBackInTheFormEscaped)
@@ -147,7 +147,7 @@ TEST_F(LinkPages, DecisionMustBeOneOfTheTwo)
     for (const char* decision : {"", "maybe", "Approve"}) {
         EXPECT_EQ(statusOf(m_service.browser().decide(m_code, decision)), 422) << decision;
     }
-    EXPECT_EQ(statusOf(m_service.poll(m_code, device)), 202);
+    EXPECT_EQ(statusOf(m_service.poll(m_code, pagedDevice)), 202);
 }
 
 } // namespace

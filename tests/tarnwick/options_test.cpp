@@ -13,7 +13,7 @@ Options parsed(const std::vector<std::string>& arguments)
     return parseOptions(arguments);
 }
 
-std::string faultOf(const std::vector<std::string>& arguments)
+std::string optionsFaultOf(const std::vector<std::string>& arguments)
 {
     try {
         parseOptions(arguments);
@@ -46,17 +46,17 @@ TEST(Options, AreTakenWithASpaceOrAnEqualsSign)
 TEST(Options, RefuseAPortThatIsNone)
 {
     for (const char* port : {"", "-1", "65536", "80x", "x", "99999999999", "+80", " 80"}) {
-        EXPECT_EQ(faultOf({"--port", port}), "--port takes a number from 0 to 65535") << port;
+        EXPECT_EQ(optionsFaultOf({"--port", port}), "--port takes a number from 0 to 65535") << port;
     }
 }
 
 TEST(Options, RefuseWhatTheyDoNotKnow)
 {
-    EXPECT_EQ(faultOf({"--wat"}), "unknown option --wat");
-    EXPECT_EQ(faultOf({"8080"}), "unknown option 8080");
-    EXPECT_EQ(faultOf({"--port"}), "--port needs a value");
-    EXPECT_EQ(faultOf({"--data"}), "--data needs a value");
-    EXPECT_EQ(faultOf({"--data="}), "--data takes the name of a file");
+    EXPECT_EQ(optionsFaultOf({"--wat"}), "unknown option --wat");
+    EXPECT_EQ(optionsFaultOf({"8080"}), "unknown option 8080");
+    EXPECT_EQ(optionsFaultOf({"--port"}), "--port needs a value");
+    EXPECT_EQ(optionsFaultOf({"--data"}), "--data needs a value");
+    EXPECT_EQ(optionsFaultOf({"--data="}), "--data takes the name of a file");
 }
 
 TEST(Options, HelpNamesEveryOptionAndTheMissingPassword)

@@ -23,7 +23,7 @@ protected:
         m_file = (m_folder / "service.db").string();
     }
 
-    ~Persistence() override { std::filesystem::remove_all(m_folder); }
+    void TearDown() override { std::filesystem::remove_all(m_folder); }
 
     std::string fileBytes() const
     {

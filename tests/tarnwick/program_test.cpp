@@ -27,7 +27,7 @@ protected:
         m_folder = mkdtemp(pattern.data());
     }
 
-    ~Program() override { std::filesystem::remove_all(m_folder); }
+    void TearDown() override { std::filesystem::remove_all(m_folder); }
 
     std::string file(const std::string& name) const { return (m_folder / name).string(); }
 
