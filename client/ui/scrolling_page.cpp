@@ -1,7 +1,25 @@
 #include "ui/scrolling_page.h"
 
 #include <QFrame>
+#include <QRect>
 #include <QScrollArea>
+
+namespace {
+
+/// Room around a control, in pixels: for the frame that marks its focus, and for the label above it.
+constexpr int scrollingPageMargin = 40;
+
+QScrollArea* scrollingPageOf(const QWidget* control)
+{
+    for (QWidget* holder = control->parentWidget(); holder != nullptr; holder = holder->parentWidget()) {
+        if (auto* area = qobject_cast<QScrollArea*>(holder)) {
+            return area;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
 
 QScrollArea* newScrollingPage(QWidget* page)
 {
@@ -12,4 +30,14 @@ QScrollArea* newScrollingPage(QWidget* page)
     area->setFocusPolicy(Qt::NoFocus);
     area->setWidget(page);
     return area;
+}
+
+void scrollIntoView(const QWidget* control)
+{
+    QScrollArea* area = scrollingPageOf(control);
+    if (area != nullptr) {
+        const QRect place(control->mapTo(area->widget(), QPoint()), control->size());
+        area->ensureVisible(place.left(), place.bottom(), 0, scrollingPageMargin);
+        area->ensureVisible(place.left(), place.top(), 0, scrollingPageMargin);
+    }
 }

@@ -9,3 +9,6 @@ class QWidget;
  * It owns the page, and is parentless until the tab widget adopts it.
  */
 QScrollArea* newScrollingPage(QWidget* page);
+
+/// Scrolls the page that the control is part of, if any, until all of the control is in view, or at least its top.
+void scrollIntoView(const QWidget* control);

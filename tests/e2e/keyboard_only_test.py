@@ -1,11 +1,12 @@
 """A first use without a mouse: Tab, Shift+Tab, Space and the arrow keys."""
 
+import os
 import unittest
 
 from harness.focus_walker import FocusWalker
 from harness.scenario import Scenario
 from harness.waiting import wait_until
-from harness.web_browser import ENTER, TAB
+from harness.web_browser import SPACE, TAB
 
 LINK_CARD = ["Tarnwick URL", "Link code", "Generate Link Code", "Open Public Pairing Page"]
 ACCOUNT_CARD = ["Refresh", "Unlink"]
@@ -13,102 +14,165 @@ LIST_PAGE = ["Your GDPS List", "Tarnwick projects"]
 CREATE_FORM = ["GDPS Name", "Description", "Emoji", "Accent", "Tags", "Core", "Preset",
                "Show this GDPS in the public recent list", "Start this GDPS in maintenance mode", "Create GDPS"]
 
+# More stops than the pairing page has.
+MOST_STOPS = 12
+
 
 class KeyboardOnly(Scenario):
     needs_browser = True
 
     def test_tab_visits_every_control_in_reading_order_and_shift_tab_goes_back(self):
-        window = self.start_linked()
-        walker = FocusWalker(window, self.keyboard)
+        walker = FocusWalker(self.start_linked(), self.keyboard)
         self.expect_round_trip(walker, [*LINK_CARD, *ACCOUNT_CARD, *LIST_PAGE, "Open Selected Project"])
         walker.go_to("Your GDPS List")
         self.keyboard.press("Right")
         walker.go_to("Tarnwick URL")
         # The page's tab and the form's button bear the same name, so the walk stops twice at it.
         self.expect_round_trip(walker, [*LINK_CARD, *ACCOUNT_CARD, "Create GDPS", *CREATE_FORM])
-        self.close_window()
 
     def test_tab_passes_over_what_an_unlinked_desktop_cannot_use(self):
-        window = self.start_unlinked()
-        walker = FocusWalker(window, self.keyboard)
+        walker = FocusWalker(self.start_unlinked(), self.keyboard)
         self.expect_round_trip(walker, [*LINK_CARD, *LIST_PAGE])
         walker.go_to("Your GDPS List")
         self.keyboard.press("Right")
         walker.go_to("Tarnwick URL")
         self.expect_round_trip(walker, [*LINK_CARD, "Create GDPS"])
-        self.close_window()
 
     def test_a_first_use_needs_no_mouse(self):
-        self.window = self.client.start()
-        self.walker = FocusWalker(self.window, self.keyboard)
-        code = self.generate_and_copy_a_code()
+        self.start_without_any_state()
+        self.generate_and_copy_a_code()
         self.approve_it_in_the_browser()
-        self.open_the_second_project()
-        self.create_a_gdps_named_after_what_was_copied(code)
+        self.see_account_cores_and_projects()
+        self.open_the_second_project_in_the_browser()
+        self.create_a_gdps_named_after_what_was_copied()
+        self.close_window()
+        self.start_again_and_be_still_linked()
         self.unlink()
         self.close_window()
+        self.start_again_and_be_unlinked()
 
     def expect_round_trip(self, walker, stops):
         self.assertEqual(walker.here(), ("text", stops[0]))
         self.assertEqual(walker.round_trip("Tab"), stops)
         self.assertEqual(walker.round_trip("shift+Tab"), [stops[0], *reversed(stops[1:])])
 
-    def generate_and_copy_a_code(self):
+    def start(self, status):
+        self.window = self.start_again(status)
+        self.walker = FocusWalker(self.window, self.keyboard)
+
+    def start_without_any_state(self):
+        self.assertFalse(os.path.exists(self.client.state_file))
+        self.start("Ready to link your Tarnwick account.")
+        self.assertEqual(self.walker.here(), ("text", "Tarnwick URL"))
         self.keyboard.press("ctrl+a")
         self.keyboard.type(self.service.address)
+
+    def generate_and_copy_a_code(self):
         self.walker.go_to("Generate Link Code")
         self.keyboard.press("space")
-        code = wait_until(lambda: self.window.field("Link code").text(), "a link code")
+        self.code = wait_until(lambda: self.window.field("Link code").text(), "a link code")
+        self.device = self.client.state()["device_id"]
         self.walker.go_to("Link code", "shift+Tab")
         self.keyboard.press("ctrl+a", "ctrl+c")
-        return code
 
     def approve_it_in_the_browser(self):
         self.walker.go_to("Open Public Pairing Page")
         self.keyboard.press("space")
         self.browser.open(self.desktop.opened.next())
-        for _stop in range(12):
+        self.assertEqual(self.browser.heading(), "Approve this desktop?")
+        self.assertEqual(self.browser.value("Link code"), self.code)
+        passed = []
+        while not passed or passed[-1] != "Approve":
+            self.assertLess(len(passed), MOST_STOPS, f"Tab does not lead to Approve: {passed}")
             self.browser.press_key(TAB)
-            if self.browser.focused() == "Approve":
-                break
-        self.browser.press_key(ENTER)
+            passed.append(self.browser.focused())
+        self.browser.press_key(SPACE)
         self.browser.wait_for_heading("Desktop approved")
-        self.window.wait_for_status("Loaded 2 Tarnwick project(s).")
 
-    def open_the_second_project(self):
+    def see_account_cores_and_projects(self):
+        self.window.wait_for_status("Loaded 2 Tarnwick project(s).")
+        self.expect_account()
+        self.assertEqual(self.window.field("Core").choices(), ["GDPS 2.2", "GDPS 2.1", "GDPS 1.9"])
+        self.assertEqual(self.window.table().rows(), [["Neon Burst", "neon-burst", "GDPS 2.2", "online"],
+                                                      ["Cube Garden", "cube-garden", "GDPS 2.1", "maintenance"]])
+
+    def expect_account(self):
+        texts = self.window.texts()
+        for text in ("Signed in as Robin Vale", "Plan: Creator", "Limit: 2 of 5"):
+            self.assertIn(text, texts)
+
+    def open_the_second_project_in_the_browser(self):
         self.walker.go_to("Tarnwick projects")
         self.keyboard.press("Down")
         self.walker.go_to("Open Selected Project")
         self.keyboard.press("space")
-        self.assertEqual(self.desktop.opened.next(), self.service.address + "/gdps/cube-garden/manage")
+        self.browser.open(self.desktop.opened.next())
+        self.assertEqual(self.browser.heading(), "Cube Garden")
+        self.assertEqual(self.browser.address(), self.service.address + "/gdps/cube-garden/manage")
 
-    def create_a_gdps_named_after_what_was_copied(self, code):
+    def create_a_gdps_named_after_what_was_copied(self):
         self.walker.go_to("Your GDPS List", "shift+Tab")
         self.keyboard.press("Right")
+        self.fill_in_the_form()
+        self.assertEqual(self.walker.move(), ("push button", "Create GDPS"))
+        self.keyboard.press("space")
+        self.window.wait_for_projects("Neon Burst", "Cube Garden", self.code)
+        self.window.wait_for_status("Loaded 3 Tarnwick project(s).")
+        name, slug, core, status = self.window.table().rows()[2]
+        self.assertEqual((name, core, status), (self.code, "GDPS 2.1", "maintenance"))
+        self.see_it_on_the_services_pages(slug)
+
+    def fill_in_the_form(self):
         self.walker.go_to("GDPS Name")
         self.keyboard.press("ctrl+v")
-        wait_until(lambda: self.window.field("GDPS Name").text() == code, "the copied code in the name field")
+        wait_until(lambda: self.window.field("GDPS Name").text() == self.code, "the copied code in the name field")
         self.walker.go_to("Description")
         self.keyboard.type("Made by hand")
+        self.walker.go_to("Accent")
+        self.keyboard.press("ctrl+a")
+        self.keyboard.type("#76c95b")
+        self.walker.go_to("Tags")
+        self.keyboard.type("short, weekly")
         self.walker.go_to("Core")
         self.keyboard.press("Down")
         self.walker.go_to("Preset")
         self.keyboard.press("Down", "Down")
+        self.walker.go_to("Show this GDPS in the public recent list")
+        self.keyboard.press("space")
         self.walker.go_to("Start this GDPS in maintenance mode")
         self.keyboard.press("space")
-        self.assertEqual(self.walker.move(), ("push button", "Create GDPS"))
-        self.keyboard.press("space")
-        self.window.wait_for_projects("Neon Burst", "Cube Garden", code)
-        self.assertEqual(self.window.table().rows()[2][2:], ["GDPS 2.1", "maintenance"])
-        self.browser.open(f"{self.service.address}/gdps/{self.window.table().rows()[2][1]}")
-        self.assertIn("Made by hand", self.browser.content())
-        self.assertIn("Preset\nhardcore", self.browser.content())
+
+    def see_it_on_the_services_pages(self, slug):
+        self.browser.open(self.service.address)
+        self.assertIn(self.code, self.browser.content())
+        self.browser.open(f"{self.service.address}/gdps/{slug}/manage")
+        self.assertEqual(self.browser.heading(), self.code)
+        for text in ("Preset\nhardcore", "Accent\n#76c95b", "Listing\nNot listed"):
+            self.assertIn(text, self.browser.content())
+        self.browser.open(f"{self.service.address}/gdps/{slug}")
+        for text in ("Made by hand", "short", "weekly"):
+            self.assertIn(text, self.browser.content())
+
+    def start_again_and_be_still_linked(self):
+        self.start("Loaded 3 Tarnwick project(s).")
+        self.assertIn("Signed in as Robin Vale", self.window.texts())
+        self.assertEqual(self.window.field("Link code").text(), "")
+        self.assertEqual(self.service.log().count("POST /api/pc/link/start"), 1)
 
     def unlink(self):
-        self.walker.go_to("Unlink", "shift+Tab")
+        self.walker.go_to("Unlink")
         self.keyboard.press("space")
         self.window.wait_for_status("Tarnwick desktop client unlinked.")
+        self.assertIn("Not linked yet", self.window.texts())
+        self.assertEqual(self.window.table().rows(), [])
+        # The button that had the focus is disabled now, and the focus must not be lost with it.
         self.walker.go_to("Tarnwick URL")
+
+    def start_again_and_be_unlinked(self):
+        self.start("Ready to link your Tarnwick account.")
+        self.assertIn("Not linked yet", self.window.texts())
+        self.close_window()
+        self.assertEqual(self.client.state(), {"origin": self.service.address, "device_id": self.device})
 
 
 if __name__ == "__main__":

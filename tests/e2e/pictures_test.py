@@ -11,6 +11,7 @@ from harness.page_visitor import PageVisitor
 from harness.picture_book import PictureBook
 from harness.scenario import Scenario
 from harness.screen import wait_for_stillness
+from harness.text_width import text_width
 from harness.waiting import wait_until
 from harness.walk_steps import CODE_SHOWN, CREATED, FIRST_START, LINKED, Walk, fill_form
 from harness.window_size import resize_window
@@ -21,6 +22,12 @@ FORM_SIZE = (1220, 1300)
 CREATE_FORM = "create-form.png"
 PAIRING_PAGE = "pairing-page.png"
 
+# In pixels: the letters, their line, and the field's border and padding left of them.
+FONT_SIZE, LINE_HEIGHT, FIELD_BORDER = 14, 18, 15
+# What is the same in all codes, and the widest rest; the letter after the dash may reach over it.
+CODE_START, WIDEST_REST = "TWPC", "-WWWWWW"
+PICTURED_CODE = "TWPC-K7M4QX"
+
 
 class Pictures(Scenario):
     width, height = FORM_SIZE
@@ -28,20 +35,31 @@ class Pictures(Scenario):
 
     def test_the_pictures_of_the_documentation_are_up_to_date(self):
         self.book = PictureBook(os.path.join(REPOSITORY, "docs", "pictures"))
+        self.kept = []
         self.folder = self.desktop.path("pictures")
         os.mkdir(self.folder)
         self.client.write_state(origin=self.service.address, device_id=DEVICE)
         Walk(self.desktop, self.client, PageVisitor(), self.folder, size=LIST_SIZE).all_steps()
         self.window = self.client.window
 
-        url, code, status = (self.window.field("Tarnwick URL").extents(), self.window.field("Link code").extents(),
-                             self.window.status_label().extents())
-        self.keep("first-start.png", [url], FIRST_START)
-        self.keep("code-shown.png", [url, code, status], CODE_SHOWN)
-        self.keep("linked.png", [url, code], LINKED)
-        self.keep("created.png", [url, code], CREATED)
-        self.picture_the_form([url, code])
+        port, code = self.port_place(), self.code_place()
+        self.keep(FIRST_START, "first-start.png", [port])
+        self.keep(CODE_SHOWN, "code-shown.png", [port, code, self.sentence_place()])
+        self.keep(LINKED, "linked.png", [port, code])
+        self.keep(CREATED, "created.png", [port, code])
+        self.picture_the_form([port, code])
         self.picture_the_pairing_page()
+        self.assertEqual(sorted(os.listdir(self.book.folder)), sorted(self.kept))
+
+    def port_place(self):
+        return ink_place(self.window.field("Tarnwick URL").extents(), FIELD_BORDER, "http://127.0.0.1:", "00000")
+
+    def code_place(self):
+        return ink_place(self.window.field("Link code").extents(), FIELD_BORDER, CODE_START, WIDEST_REST)
+
+    def sentence_place(self):
+        return ink_place(self.window.status_label().extents(), 0, f"Waiting for approval. Code {CODE_START}",
+                         f"{WIDEST_REST} is good for another 9 minutes 59 seconds.")
 
     def picture_the_form(self, changing_places):
         self.window.open_tab("Create GDPS")
@@ -51,21 +69,38 @@ class Pictures(Scenario):
         wait_until(lambda: self.window.focused().name == "Create GDPS", "the focus on the form's button")
         picture = wait_for_stillness(self.desktop, self.window.status)
         picture.save(os.path.join(self.folder, CREATE_FORM), FORM_SIZE)
-        self.keep(CREATE_FORM, changing_places)
+        self.keep(CREATE_FORM, CREATE_FORM, changing_places)
 
     def picture_the_pairing_page(self):
+        """With a code that is always the same and has all its time left, so that the whole page can be compared."""
         used = self.window.field("Link code").text()
         self.window.press("Generate Link Code")
         wait_until(lambda: self.window.field("Link code").text() != used, "a new link code")
-        self.window.press("Open Public Pairing Page")
-        self.browser.open(self.desktop.opened.next())
+        code = self.window.field("Link code").text()
+
+        def open_page_at_once():
+            self.service.make_new_again(code, PICTURED_CODE)
+            self.browser.open(f"{self.service.address}/link/pc?code={PICTURED_CODE}")
+            return "10 minutes" in self.browser.content().splitlines()
+
+        wait_until(open_page_at_once, "a page with a new code")
+        self.assertEqual(self.browser.value("Link code"), PICTURED_CODE)
         self.assertIn(DEVICE, self.browser.content())
         self.browser.save_picture(os.path.join(self.folder, PAIRING_PAGE))
-        self.keep(PAIRING_PAGE, [self.browser.place("//input[@id='code']"), self.browser.place("//dd[last()]")])
+        self.keep(PAIRING_PAGE, PAIRING_PAGE)
 
-    def keep(self, name, changing_places, source=None):
-        if self.book.keep(os.path.join(self.folder, source or name), name, changing_places):
+    def keep(self, picture, name, changing_places=()):
+        self.kept.append(name)
+        if self.book.keep(os.path.join(self.folder, picture), name, changing_places):
             print(f"docs/pictures/{name} is new.")
+
+
+def ink_place(box, border, known, changing):
+    """Where, in a box with a line of text, what follows the known part of the text is drawn."""
+    left, top, width, height = box
+    start = left + border + round(text_width(known, FONT_SIZE)) + 1
+    room = round(text_width(changing, FONT_SIZE)) + 4
+    return start, top + (height - LINE_HEIGHT) // 2, min(room, left + width - start), LINE_HEIGHT
 
 
 if __name__ == "__main__":

@@ -9,13 +9,14 @@ class RevokedDesktop(Scenario):
     needs_browser = True
 
     def test_the_next_start_is_signed_out_and_says_what_the_service_says(self):
-        self.start_linked()
-        self.close_window()
-        self.assertIn("access_token", self.client.state())
-
+        window = self.start_linked()
         self.browser.open(self.service.address)
         self.browser.press(f"Revoke {DEVICE}")
         self.browser.wait_for_content("No desktop is linked.")
+        # Nobody tells a running client, and it keeps what it has.
+        self.assertIn("Signed in as Robin Vale", window.texts())
+        self.close_window()
+        self.assertIn("access_token", self.client.state())
 
         window = self.start_again("The link of this desktop was revoked. Link it again.")
         self.assertIn("Not linked yet", window.texts())

@@ -3,6 +3,7 @@
 
 import argparse
 import os
+import subprocess
 import sys
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
@@ -11,7 +12,7 @@ from harness.client_process import ClientProcess  # noqa: E402 (the path comes f
 from harness.page_visitor import PageVisitor  # noqa: E402
 from harness.service_process import ServiceProcess  # noqa: E402
 from harness.virtual_desktop import VirtualDesktop  # noqa: E402
-from harness.waiting import WaitedInVain  # noqa: E402
+from harness.waiting import WaitedInVain, leaving_an_account  # noqa: E402
 from harness.walk_steps import Walk  # noqa: E402
 
 # High enough for the whole project list, which the window shows a part of at its usual height.
@@ -26,7 +27,8 @@ def main():
         service = ServiceProcess(options.service, options.home, os.path.join(options.home, "service.log"))
         client = ClientProcess(options.client, desktop, options.home)
         client.write_state(origin=service.address)
-        Walk(desktop, client, PageVisitor(), options.pictures, say=_say).all_steps()
+        with leaving_an_account():
+            Walk(desktop, client, PageVisitor(), options.pictures, say=_say).all_steps()
     return 0
 
 
@@ -46,7 +48,7 @@ def _say(step):
 if __name__ == "__main__":
     try:
         sys.exit(main())
-    except (WaitedInVain, OSError, RuntimeError) as failure:
-        sys.exit(f"The walk stopped. {failure}")
+    except (WaitedInVain, OSError, RuntimeError, subprocess.SubprocessError) as failure:
+        sys.exit("\n".join([f"The walk stopped. {failure}", *getattr(failure, "__notes__", [])]))
     except KeyboardInterrupt:
         sys.exit(130)

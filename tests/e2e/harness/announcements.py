@@ -1,6 +1,6 @@
 """What a screen reader hears of a label that changes its text."""
 
-from harness.accessibility import Atspi
+from harness.accessibility import Atspi, unless_gone
 from harness.control import Control
 from harness.waiting import wait_until
 
@@ -16,16 +16,15 @@ class Announcements:
         self._listener = Atspi.EventListener.new(self._take_note)
         self._listener.register("object:property-change:accessible-name")
 
-    def take(self, count):
-        """Waits for that many changes, and returns the texts that were heard with them."""
-        wait_until(lambda: len(self._heard) >= count, f"{count} announcements; so far {self._heard}")
-        heard, self._heard = self._heard[:count], self._heard[count:]
-        return heard
+    def next(self):
+        """Waits for the next change, and returns the text that was heard with it."""
+        wait_until(lambda: self._heard, "an announcement")
+        return self._heard.pop(0)
 
     def rest(self):
         """What has been heard and was not taken."""
         return list(self._heard)
 
     def _take_note(self, event):
-        if event.source.path == self._path:
-            self._heard.append(Control(event.source).name)
+        if unless_gone(lambda: event.source.path) == self._path:
+            self._heard.append(unless_gone(lambda: Control(event.source).name, "a label that is gone"))

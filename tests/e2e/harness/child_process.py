@@ -51,10 +51,6 @@ class ChildProcess:
         self._forget()
         return self.exit_code()
 
-    def signal(self, number):
-        if self.exit_code() is None:
-            self._process.send_signal(number)
-
     def end(self):
         """Asks it to end, and ends it when it does not."""
         if self not in _running:

@@ -31,12 +31,22 @@ class ClientProcess:
         # From the repository's root, where the client finds the logo.
         self._process = ChildProcess([self._program], self._desktop.path(f"client-{self._runs}.log"),
                                      environment=self._environment(), folder=REPOSITORY)
+        # Before the window is looked for: that may be what fails.
+        if self._report not in waiting.failure_reporters:
+            waiting.failure_reporters.append(self._report)
         self.window = ClientWindow(self._process.pid)
-        waiting.failure_reporters.append(self._report)
         return self.window
 
     def running(self):
         return self._process is not None and self._process.exit_code() is None
+
+    def started(self):
+        """Whether there is a run whose end nobody has seen to yet."""
+        return self._report in waiting.failure_reporters
+
+    def exit_code(self):
+        """None while the client runs."""
+        return self._process.exit_code()
 
     def wait_for_end(self):
         """Waits until the client has ended by itself; returns its exit code."""
@@ -72,7 +82,8 @@ class ClientProcess:
             json.dump(state, target)
 
     def _gone(self):
-        waiting.failure_reporters.remove(self._report)
+        if self._report in waiting.failure_reporters:
+            waiting.failure_reporters.remove(self._report)
         self.window = None
 
     def _environment(self):
@@ -92,5 +103,7 @@ class ClientProcess:
 
     def _report(self):
         if not self.running():
-            return f"The client has ended. It printed: {self.printed()!r}"
+            return f"The client has ended with {self._process.exit_code()}. It printed: {self.printed()!r}"
+        if self.window is None:
+            return f"The client has no window yet. It printed: {self.printed()!r}"
         return f"The client's status text: '{self.window.status()}'. It printed: {self.printed()!r}"

@@ -1,6 +1,6 @@
 """The client's window, read and used through the accessibility bus."""
 
-from harness.accessibility import application_of
+from harness.accessibility import application_of, unless_gone
 from harness.control import Control
 from harness.waiting import NotThere, wait_until
 
@@ -20,7 +20,7 @@ class ClientWindow:
         self.application = wait_until(lambda: application_of(pid), "the client on the accessibility bus", limit)
         self.frame = wait_until(self._shown_frame, "the client's window", limit)
         wait_until(lambda: "active" in self.frame.states(), "the client's window in front", limit)
-        self._status_label = self._find_status_label()
+        self._status_label = wait_until(self._find_status_label, "the status card", limit)
 
     def status(self):
         """The sentence in the status card."""
@@ -38,10 +38,7 @@ class ClientWindow:
 
     def find(self, role, name):
         """The one control of that role and name."""
-        for control in self.frame.descendants():
-            if control.role == role and control.name == name:
-                return control
-        raise NotThere(f"no {role} named '{name}'")
+        return self._first(lambda control: control.role == role and control.name == name, f"no {role} named '{name}'")
 
     def button(self, name):
         return self.find("push button", name)
@@ -51,11 +48,13 @@ class ClientWindow:
 
     def field(self, label):
         """The control that a form label names."""
-        for control in self.frame.descendants():
-            if control.role == "label" and control.name == label:
-                for field in control.relation("label-for"):
-                    return field
-        raise NotThere(f"no field labelled '{label}'")
+        fields = self.find("label", label).relation("label-for")
+        if not fields:
+            raise NotThere(f"no field labelled '{label}'")
+        return fields[0]
+
+    def tabs(self):
+        return self._first(lambda control: control.role == "page tab list", "no tabs")
 
     def table(self):
         return self.find("table", "Tarnwick projects")
@@ -72,17 +71,22 @@ class ClientWindow:
 
     def focused(self):
         """The control that the keyboard talks to."""
-        for control in self.frame.descendants():
-            if takes_focus(control):
-                return control
-        raise NotThere("no control has the focus")
+        return self._first(takes_focus, "no control has the focus")
 
     def open_tab(self, name):
         self.find("page tab", name).press()
 
     def texts(self):
         """Every text that is shown on a label."""
-        return [control.name for control in self.frame.descendants() if control.role == "label"]
+        names = [unless_gone(lambda control=control: control.name if control.role == "label" else None)
+                 for control in self.frame.descendants()]
+        return [name for name in names if name is not None]
+
+    def _first(self, fits, otherwise):
+        for control in self.frame.descendants():
+            if unless_gone(lambda control=control: fits(control), False):
+                return control
+        raise NotThere(otherwise)
 
     def _shown_frame(self):
         for index in range(self.application.get_child_count()):

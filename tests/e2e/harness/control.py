@@ -4,7 +4,7 @@ import warnings
 
 from gi.repository import GLib
 
-from harness.accessibility import Atspi
+from harness.accessibility import Atspi, unless_gone
 from harness.waiting import NotThere
 
 
@@ -46,10 +46,12 @@ class Control:
 
     def descendants(self):
         """Everything inside, without what lists and tables make up for each visit and soon forget again."""
-        for child in self.children():
-            yield child
-            if child.role not in ("table", "list"):
-                yield from child.descendants()
+        for child in unless_gone(self.children, []):
+            role = unless_gone(lambda child=child: child.role)
+            if role is not None:
+                yield child
+                if role not in ("table", "list"):
+                    yield from child.descendants()
 
     def extents(self):
         """Left, top, width and height on the screen."""

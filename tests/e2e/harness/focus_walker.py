@@ -1,6 +1,6 @@
 """Walks through a window with the keyboard and keeps track of where the focus goes."""
 
-from harness.accessibility import Atspi
+from harness.accessibility import Atspi, unless_gone
 from harness.client_window import takes_focus
 from harness.control import Control
 from harness.waiting import wait_until
@@ -23,8 +23,7 @@ class FocusWalker:
 
     def here(self):
         """Its role and title."""
-        control = self.control()
-        return control.role, control.title()
+        return wait_until(self._place, "a control with the focus")
 
     def move(self, key="Tab"):
         """Presses the key, waits until the focus is somewhere else and tells where."""
@@ -50,6 +49,10 @@ class FocusWalker:
                 raise AssertionError(f"{key} does not lead to '{title}': {passed}")
             passed.append(self.move(key))
 
+    def _place(self):
+        control = self._focused()
+        return control.role, control.title()
+
     def _elsewhere(self, before):
         here = self._announced()
         place = here and (here.role, here.title())
@@ -61,7 +64,8 @@ class FocusWalker:
 
     def _announced(self):
         """The last control that said it had got the focus, if it still has it."""
-        return self._latest if self._latest is not None and takes_focus(self._latest) else None
+        latest = self._latest
+        return latest if latest is not None and unless_gone(lambda: takes_focus(latest), False) else None
 
     def _take_note(self, event):
         if event.detail1:

@@ -5,11 +5,10 @@ import os
 TEXT_FAMILY = "DejaVu Sans"
 EMOJI_FAMILY = "Noto Color Emoji"
 
-_FILES = (
-    "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf",
-    "/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf",
-    "/usr/share/fonts/truetype/noto/NotoColorEmoji.ttf",
-)
+TEXT_FILE = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"
+BOLD_FILE = "/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf"
+
+_FILES = (TEXT_FILE, BOLD_FILE, "/usr/share/fonts/truetype/noto/NotoColorEmoji.ttf")
 
 # Hinting and smoothing are pinned too, so that letters look the same on every machine.
 _CONFIGURATION = """<?xml version="1.0"?>

@@ -1,7 +1,9 @@
 """What every end-to-end scenario has: a desktop, and for each test a service and a client of its own."""
 
+import functools
 import os
 import sys
+import types
 import unittest
 
 from harness.client_process import ClientProcess
@@ -9,6 +11,7 @@ from harness.keyboard import Keyboard
 from harness.page_visitor import PageVisitor
 from harness.service_process import ServiceProcess
 from harness.virtual_desktop import VirtualDesktop
+from harness.waiting import leaving_an_account
 from harness.web_browser import WebBrowser
 
 DEVICE = "e2e-desktop"
@@ -17,20 +20,27 @@ DEVICE = "e2e-desktop"
 class Scenario(unittest.TestCase):
     """The programs come from the environment: TARNWICK_CLIENT and TARNWICK_SERVICE."""
 
-    width, height, fill = 1280, 1000, False
+    width, height = 1280, 1000
     needs_browser = False
+
+    def __init__(self, method):
+        super().__init__(method)
+        self._failed = False
+        setattr(self, method, types.MethodType(_watched(getattr(self, method)), self))
 
     @classmethod
     def setUpClass(cls):
-        cls.desktop = VirtualDesktop(cls.width, cls.height, cls.fill)
+        cls.desktop = VirtualDesktop(cls.width, cls.height)
         cls.addClassCleanup(cls.desktop.close)
         cls.keyboard = Keyboard(cls.desktop)
         if cls.needs_browser:
-            cls.browser = WebBrowser(cls.desktop)
+            with leaving_an_account():
+                cls.browser = WebBrowser(cls.desktop)
             cls.addClassCleanup(cls.browser.close)
 
     def setUp(self):
-        self.set_up_programs(self._testMethodName)
+        with leaving_an_account():
+            self.set_up_programs(self._testMethodName)
 
     def set_up_programs(self, name):
         """A new service without anything in it but its examples, and a client that has never run."""
@@ -61,14 +71,35 @@ class Scenario(unittest.TestCase):
 
     def close_window(self):
         """Closes the window as its user does, and expects a clean and silent end."""
+        self._close(self.client)
+
+    def _close(self, client):
+        self.assertIsNone(client.exit_code(), "The client ended by itself.")
         self.keyboard.press("alt+F4")
-        code = self.client.wait_for_end()
-        self.assertEqual((code, self.client.printed()), (0, ""))
+        code = client.wait_for_end()
+        self.assertEqual((code, client.printed()), (0, ""))
 
     def _end_client(self, client):
-        if client.running():
+        """No client outlives its test, and none that a test leaves open may end otherwise than by its user."""
+        if not client.started():
+            return
+        try:
+            if self._failed:
+                self.assertEqual((client.exit_code(), client.printed()), (None, ""))
+            else:
+                self._close(client)
+        finally:
             client.kill()
-            self.assertEqual(client.printed(), "")
+
+
+def _watched(method):
+    @functools.wraps(method)
+    def watched(scenario):
+        scenario._failed = True
+        with leaving_an_account():
+            method()
+        scenario._failed = False
+    return watched
 
 
 def _program(variable):

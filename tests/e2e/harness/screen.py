@@ -3,6 +3,7 @@
 import struct
 import subprocess
 import time
+import typing
 
 from harness.waiting import wait_until
 
@@ -12,6 +13,16 @@ _STILL = 0.25
 
 # No text has a colour that is made of smaller numbers only.
 _DARK = 128
+_BRIGHT = bytes(number > _DARK for number in range(256))
+
+
+class Line(typing.NamedTuple):
+    """The box around what is drawn of a line of text; right and bottom are just outside of it."""
+
+    left: int
+    top: int
+    right: int
+    bottom: int
 
 
 class Screenshot:
@@ -19,19 +30,19 @@ class Screenshot:
 
     def __init__(self, desktop):
         with open(desktop.screen_file, "rb") as source:
-            dump = source.read()
+            self._dump = source.read()
         # An X window dump: 25 big-endian numbers, then a colour map, then four bytes for each pixel.
-        header = struct.unpack(">25I", dump[:100])
+        header = struct.unpack(">25I", self._dump[:100])
         self._width, self._height, self._line = header[4], header[5], header[12]
-        self._pixels = dump[header[0] + header[19] * 12:]
+        self._pixels = header[0] + header[19] * 12
 
     def __eq__(self, other):
-        return self._pixels == other._pixels
+        return self._dump == other._dump
 
     def row(self, left, top, width):
         """The bytes of a part of one line: red, green and blue for each pixel."""
-        start = top * self._line + left * 4
-        kept = self._pixels[start:start + width * 4]
+        start = self._pixels + top * self._line + left * 4
+        kept = self._dump[start:start + width * 4]
         colours = bytearray(width * 3)
         for number in range(3):
             colours[number::3] = kept[2 - number::4]
@@ -46,19 +57,20 @@ class Screenshot:
                         "-define", "png:exclude-chunks=date,time", "-define", "png:color-type=2", path],
                        input=colours, check=True, timeout=60, capture_output=True)
 
-    def ink(self, box):
-        """How many pixels, from the box's upper left corner, its text reaches to the right and down."""
+    def lines_of_text(self, box):
+        """The lines of text in a box, as they are drawn; all counts start at the box's upper left corner."""
         left, top, width, height = box
-        right = bottom = 0
-        for line in range(height):
-            row = self.row(left, top + line, width)
-            if max(row) <= _DARK:
+        lines = []
+        for at in range(height):
+            reach = _reach_of_text(self.row(left, top + at, width))
+            if reach is None:
                 continue
-            inked = [at // 3 + 1 for at in range(0, len(row), 3) if _is_text(row[at:at + 3])]
-            if inked:
-                bottom = line + 1
-                right = max(right, inked[-1])
-        return right, bottom
+            if lines and lines[-1].bottom == at:
+                last = lines.pop()
+                lines.append(Line(min(last.left, reach[0]), last.top, max(last.right, reach[1]), at + 1))
+            else:
+                lines.append(Line(reach[0], at, reach[1], at + 1))
+        return lines
 
 
 def wait_for_stillness(desktop, ask):
@@ -100,6 +112,19 @@ def contrast(one, other):
 def _luminance(colour):
     linear = [value / 255 / 12.92 if value <= 10 else ((value / 255 + 0.055) / 1.055) ** 2.4 for value in colour]
     return 0.2126 * linear[0] + 0.7152 * linear[1] + 0.0722 * linear[2]
+
+
+def _reach_of_text(row):
+    """From which pixel up to which there is text in a row; None when there is none."""
+    inked = [at for at in _bright_pixels(row) if _is_text(row[at * 3:at * 3 + 3])]
+    return (inked[0], inked[-1] + 1) if inked else None
+
+
+def _bright_pixels(row):
+    """The numbers of the pixels that have a bright part: most have none, and are passed over quickly."""
+    bright, at = row.translate(_BRIGHT), -1
+    while (at := bright.find(1, at + 1)) >= 0:
+        yield at // 3
 
 
 def _is_text(colour):

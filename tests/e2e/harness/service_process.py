@@ -2,8 +2,8 @@
 
 import contextlib
 import os
-import signal
 import sqlite3
+import time
 
 from harness.child_process import ChildProcess
 
@@ -30,16 +30,14 @@ class ServiceProcess:
         with contextlib.closing(sqlite3.connect(self.data_file, timeout=10)) as data, data:
             data.execute("UPDATE link_codes SET created_at = created_at - ?", (minutes * 60 * 1000,))
 
+    def make_new_again(self, code, name):
+        """Gives a link code another name and the age of one that was just made."""
+        with contextlib.closing(sqlite3.connect(self.data_file, timeout=10)) as data, data:
+            data.execute("UPDATE link_codes SET code = ?, created_at = ? WHERE code IN (?, ?)",
+                         (name, time.time_ns() // 1_000_000, code, name))
+
     def stop(self):
-        self.resume()
         self._process.end()
-
-    def pause(self):
-        """Leaves every request unanswered until `resume`."""
-        self._process.signal(signal.SIGSTOP)
-
-    def resume(self):
-        self._process.signal(signal.SIGCONT)
 
     def log(self):
         return self._process.text()

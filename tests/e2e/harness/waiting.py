@@ -1,13 +1,15 @@
 """The one way in which the end-to-end tests wait: for a condition, with a limit."""
 
+import contextlib
 import time
+import unittest
 
 from gi.repository import GLib
 
 # How often a condition is looked at when no event arrives in between.
 HEARTBEAT_MS = 20
 
-# Who can tell what the screen looked like when a wait was in vain. Each is called without arguments and returns a text.
+# Who can tell what things looked like when something failed. Each is called without arguments and returns a text.
 failure_reporters = []
 
 
@@ -38,18 +40,34 @@ def wait_until(condition, what, limit=15.0):
             except (LookupError, GLib.Error) as error:
                 trouble = error
             if time.monotonic() > end:
-                raise WaitedInVain(_account(what, limit, trouble))
+                raise WaitedInVain(_in_vain(what, limit, trouble))
             GLib.MainContext.default().iteration(True)
     finally:
         GLib.source_remove(heartbeat)
 
 
-def _account(what, limit, trouble):
+@contextlib.contextmanager
+def leaving_an_account():
+    """Whatever fails inside, be it an expectation or a program that does not answer, tells what things looked like."""
+    try:
+        yield
+    except (WaitedInVain, unittest.SkipTest):
+        raise
+    except Exception as error:
+        if not getattr(error, "__notes__", None):
+            error.add_note(_account())
+        raise
+
+
+def _in_vain(what, limit, trouble):
     lines = [f"Waited {limit:g} s in vain for {what}."]
     if trouble is not None:
         lines.append(f"The last look failed: {trouble}")
-    lines += [_told_by(report) for report in failure_reporters]
-    return "\n".join(lines)
+    return "\n".join([*lines, _account()])
+
+
+def _account():
+    return "\n".join(_told_by(report) for report in failure_reporters)
 
 
 def _told_by(report):

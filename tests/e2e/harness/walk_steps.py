@@ -27,10 +27,11 @@ def fill_form(window):
 class Walk:
     """Walks one client, which starts unlinked and knows the service's address, through its first use.
 
-    `size` gives the window another size, in screen pixels, than it opens with.
+    `pictures` is the folder for the pictures, if they are wanted. `size` gives the window another size, in screen
+    pixels, than it opens with.
     """
 
-    def __init__(self, desktop, client, visitor, pictures, say=lambda step: None, size=None):
+    def __init__(self, desktop, client, visitor, pictures=None, say=lambda step: None, size=None):
         self._desktop = desktop
         self._client = client
         self._visitor = visitor
@@ -79,6 +80,7 @@ class Walk:
         self._picture(CREATED, f"Created {GDPS['GDPS Name']}: 3 projects listed")
 
     def _picture(self, name, step):
-        picture = wait_for_stillness(self._desktop, self._window.status)
-        picture.save(os.path.join(self._pictures, name), self._size)
+        if self._pictures is not None:
+            picture = wait_for_stillness(self._desktop, self._window.status)
+            picture.save(os.path.join(self._pictures, name), self._size)
         self._say(f"{step} ({name})")

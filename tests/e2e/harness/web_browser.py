@@ -13,7 +13,7 @@ _ELEMENT = "element-6066-11e4-a52e-4f735466cecf"  # the protocol's own name for 
 _LIMIT = 30
 
 TAB = "\ue004"
-ENTER = "\ue007"
+SPACE = " "
 
 # Nothing but this machine is looked up or called, and nothing is left running behind the page.
 _SWITCHES = [

@@ -1,0 +1,84 @@
+"""The texts that the client's window shows, and whether each of them is drawn whole."""
+
+import typing
+
+from harness.text_width import text_width
+
+# What stands beside the text in a control of each role, in the units of the layout: left, above, right, below.
+_BESIDE = {
+    "label": (0, 0, 0, 0),
+    "table cell": (0, 0, 0, 0),
+    "table column header": (0, 0, 0, 0),
+    "push button": (2, 2, 2, 2),  # its border
+    "page tab": (2, 2, 10, 2),  # its border, and the gap to the next one
+    "text": (5, 5, 5, 5),  # its round corners
+    "combo box": (5, 5, 30, 5),  # its corners and its arrow
+    "check box": (29, 0, 0, 0),  # its box
+}
+
+# Letters that are not of the usual size, in the units of the layout.
+_USUAL = 14
+_LARGE = {
+    "Tarnwick Desktop Client": 28,
+    "Link Tarnwick Account": 22,
+    "Linked Account": 22,
+    "Your Tarnwick Projects": 22,
+    "Create a New GDPS": 22,
+    "Signed in as Robin Vale": 20,
+}
+_BOLD = ("push button", "table column header")
+
+# What rounding may take from a line or add to it, in the units of the layout. Few letters are narrower.
+_ROUNDING = 3
+
+
+class ShownText(typing.NamedTuple):
+    """A control with a text. The box is where the text may be, in the units of the layout."""
+
+    role: str
+    name: str
+    text: str
+    box: tuple
+
+    def fault(self, screenshot, scale):
+        """What is wrong with the text as it is drawn; None when all of it is there and keeps off the box's edges."""
+        box = tuple(round(value * scale) for value in self.box)
+        lines = screenshot.lines_of_text(box)
+        if not lines:
+            return "nothing is drawn"
+        if lines[0].top == 0 or lines[-1].bottom >= box[3] or max(line.right for line in lines) >= box[2]:
+            return f"cut off by its box of {box[2]} × {box[3]}: {lines}"
+        # A picture among the letters is not as wide as a letter.
+        if not self.text.isascii():
+            return None
+        # A line break takes the place of a space.
+        space = self._width("| |", scale) - self._width("||", scale)
+        drawn = sum(line.right - line.left for line in lines) + (len(lines) - 1) * space
+        needed = self._width(self.text, scale)
+        if abs(drawn - needed) > len(lines) * _ROUNDING * scale:
+            return f"{drawn:.0f} pixels are drawn where {needed:.0f} are needed: {lines}"
+        return None
+
+    def _width(self, letters, scale):
+        size = _LARGE.get(self.text, _USUAL)
+        return text_width(letters, size * scale, bold=size != _USUAL or self.role in _BOLD)
+
+
+def shown_controls(window):
+    """Everything in the window that shows something now, in reading order, and the cells of its table."""
+    controls = [control for control in window.frame.descendants() if "showing" in control.states()]
+    for table in [control for control in controls if control.role == "table"]:
+        controls += [cell for cell in table.children() if "showing" in cell.states()]
+    return [control for control in controls if control.role in _BESIDE or control.role in ("image", "table")]
+
+
+def shown_texts(controls):
+    texts = [_shown_text(control) for control in controls if control.role in _BESIDE]
+    return [text for text in texts if text.text]
+
+
+def _shown_text(control):
+    left, top, width, height = control.extents()
+    before, above, behind, below = _BESIDE[control.role]
+    box = left + before, top + above, width - before - behind, height - above - below
+    return ShownText(control.role, control.name, control.text() if control.role == "text" else control.name, box)
