@@ -6,126 +6,85 @@ gets a fresh copy. What is mounted is mounted for this process only, so that not
 
 import os
 import pathlib
+import re
 import shutil
-import subprocess
-import sys
 import time
-import unittest
-import urllib.error
-import urllib.request
 
-from packaging_support import WORK, needs, run
+from clean_machine_needs import require_a_place_for_clean_machines
+from debian_mirror import SUITE, apt_settings, main_mirror, mirrors, proxies
+from ordinary_account import ACCOUNT, AS_ACCOUNT
+from packaging_support import WORK, run
 
-SUITE = "bookworm"
 KEPT = WORK / "clean-machine-kept"
 BASE = KEPT / f"{SUITE}.tar"
 ARCHIVES = KEPT / "archives"
 OLDEST_BASE = 14 * 24 * 3600
 
+# A machine takes about a gigabyte.
+_ENOUGH_MEMORY_KB = 4 * 1024 * 1024
+
+# Who uses the machine.
+PERSON = "person"
+HOME = f"/home/{PERSON}"
+
 _INSIDE = {"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "DEBIAN_FRONTEND": "noninteractive", "LC_ALL": "C.UTF-8"}
-
-
-def enter_own_mounts():
-    """Starts this program again where its mounts are its own."""
-    if os.geteuid() == 0 and "TARNWICK_OWN_MOUNTS" not in os.environ and shutil.which("unshare"):
-        words = ["unshare", "--mount", "--propagation", "private", "--"]
-        if subprocess.run([*words, "true"], capture_output=True, check=False).returncode == 0:
-            os.environ["TARNWICK_OWN_MOUNTS"] = "yes"
-            os.execvp(words[0], [*words, sys.executable, *sys.argv])
 
 
 def prepare_clean_machines():
     """Makes the system that every test gets a copy of. Where this machine does not let anyone make one, the tests are
     skipped, with the reason."""
-    needs("debootstrap", "apt-get", "dpkg-deb")
-    if os.geteuid() != 0:
-        raise unittest.SkipTest("a clean Debian 12 can only be made by root")
-    if "TARNWICK_OWN_MOUNTS" not in os.environ:
-        raise unittest.SkipTest("this machine does not allow mounts")
-    _require_device_files()
-    _require_mirror()
+    require_a_place_for_clean_machines(KEPT)
     if not BASE.exists() or time.time() - BASE.stat().st_mtime > OLDEST_BASE:
         _make_base()
-
-
-def _require_device_files():
-    KEPT.mkdir(parents=True, exist_ok=True)
-    probe = KEPT / "probe"
-    probe.unlink(missing_ok=True)
-    try:
-        os.mknod(probe, 0o20600, os.makedev(1, 3))
-        probe.write_bytes(b"")
-    except OSError as error:
-        raise unittest.SkipTest(f"this machine does not allow device files: {error.strerror}") from error
-    finally:
-        probe.unlink(missing_ok=True)
-
-
-def _mirrors():
-    """What this machine's apt reads of Debian 12: addresses, releases and components."""
-    targets = run("apt-get", "indextargets", "--format", "$(SITE)|$(RELEASE)|$(COMPONENT)", "Created-By: Packages")
-    sources = [line.split("|") for line in dict.fromkeys(targets.splitlines()) if line.count("|") == 2]
-    return [source for source in sources if source[1].split("-")[0] == SUITE and source[2] == "main"]
-
-
-def _main_mirror():
-    return next((site for site, release, _ in _mirrors() if release == SUITE), None)
-
-
-def _require_mirror():
-    site = _main_mirror()
-    if site is None:
-        raise unittest.SkipTest("this machine's apt reads no Debian 12 mirror")
-    request = urllib.request.Request(f"{site}/dists/{SUITE}/Release", method="HEAD")
-    handler = urllib.request.ProxyHandler(_proxies() or None)
-    try:
-        urllib.request.build_opener(handler).open(request, timeout=20).close()
-    except (urllib.error.URLError, OSError) as error:
-        raise unittest.SkipTest(f"the Debian mirror does not answer: {error}") from error
-
-
-def _apt_settings():
-    """This machine's settings on how to reach a mirror."""
-    return [line for line in run("apt-config", "dump").splitlines()
-            if line.lower().startswith(("acquire::http::proxy", "acquire::https::", "acquire::check-"))]
-
-
-def _proxies():
-    values = dict(line.rstrip('";').split(' "', 1) for line in _apt_settings() if ' "' in line)
-    return {scheme: values[f"Acquire::{scheme}::Proxy"] for scheme in ("http", "https")
-            if values.get(f"Acquire::{scheme}::Proxy")}
 
 
 def _make_base():
     folder = KEPT / "base"
     shutil.rmtree(folder, ignore_errors=True)
-    environment = dict(os.environ, **{f"{scheme}_proxy": value for scheme, value in _proxies().items()})
-    run("debootstrap", "--variant=minbase", SUITE, folder, _main_mirror(), limit=600, env=environment)
+    environment = dict(os.environ, **{f"{scheme}_proxy": value for scheme, value in proxies().items()})
+    run("debootstrap", "--variant=minbase", SUITE, folder, main_mirror(), limit=600, env=environment)
     unfinished = BASE.with_suffix(".unfinished")
     run("tar", "-C", folder, "-cf", unfinished, ".")
     unfinished.rename(BASE)
     shutil.rmtree(folder)
 
 
+def _free_memory_kb():
+    told = pathlib.Path("/proc/meminfo").read_text(encoding="ascii")
+    return int(re.search(r"^MemAvailable: +(\d+) kB$", told, re.MULTILINE)[1])
+
+
 class CleanMachine:
-    """One copy of the system. `run` runs a command inside."""
+    """One copy of the system, with one person who uses it. `run` runs a command inside as root."""
 
     def __init__(self, name):
         self.root = WORK / name
         self._mounts = []
         shutil.rmtree(self.root, ignore_errors=True)
         self.root.mkdir(parents=True)
+        if _free_memory_kb() > _ENOUGH_MEMORY_KB:
+            # Much faster than a disk, most of all when all of it is removed again.
+            self._mount("tmpfs", "/", "-t", "tmpfs", "-o", "mode=755")
         run("tar", "-C", self.root, "-xpf", BASE)
         self._mount("proc", "/proc", "-t", "proc")
         ARCHIVES.mkdir(exist_ok=True)
         self.show(ARCHIVES, "/var/cache/apt/archives")
         self._set_up_apt()
+        # The number is that of the account which the screen belongs to.
+        self.run("useradd", "--create-home", "--home-dir", HOME, "--non-unique", "--uid", str(ACCOUNT.pw_uid),
+                 "--gid", str(ACCOUNT.pw_gid), PERSON)
 
     def path(self, inside):
         return self.root / str(inside).lstrip("/")
 
     def run(self, *command, limit=300):
         return run("chroot", self.root, *command, limit=limit, env=_INSIDE)
+
+    def run_as_person(self, *command):
+        return self.run(*AS_ACCOUNT, "env", f"HOME={HOME}", *command)
+
+    def give_home_to_person(self):
+        self.run("chown", "--recursive", f"{ACCOUNT.pw_uid}:{ACCOUNT.pw_gid}", HOME)
 
     def show(self, folder, inside=None):
         """Makes a folder of this machine visible inside."""
@@ -140,6 +99,14 @@ class CleanMachine:
         finally:
             target.unlink()
 
+    def places_of(self, package):
+        """Every file of an installed package, and every folder that is there for this package alone."""
+        listed = [name for name in self.run("dpkg", "--listfiles", package).splitlines() if name != "/."]
+        owners = [line.split(": ", 1) for line in self.run("dpkg-query", "--search", *listed).splitlines()]
+        places = {name for owner, name in owners if owner == package}
+        assert {name for name in listed if not self.path(name).is_dir()} <= places
+        return places
+
     def remove(self):
         for mounted in reversed(self._mounts):
             run("umount", "--lazy", mounted)
@@ -152,11 +119,11 @@ class CleanMachine:
         self._mounts.append(target)
 
     def _set_up_apt(self):
-        lines = [f"deb {site} {release} {part}" for site, release, part in _mirrors()]
+        lines = [f"deb {site} {release} {part}" for site, release, part in mirrors()]
         self.path("/etc/apt/sources.list").write_text("\n".join(lines) + "\n", encoding="utf-8")
-        settings = _apt_settings()
+        settings = apt_settings()
         certificates = pathlib.Path("/etc/ssl/certs/ca-certificates.crt")
-        if any(site.startswith("https:") for site, _, _ in _mirrors()) and certificates.exists():
+        if any(site.startswith("https:") for site, _, _ in mirrors()) and certificates.exists():
             shutil.copy(certificates, self.path("/etc/apt/mirror.crt"))
             settings.append('Acquire::https::CAInfo "/etc/apt/mirror.crt";')
         self.path("/etc/apt/apt.conf.d/90mirror").write_text("\n".join(settings) + "\n", encoding="utf-8")

@@ -29,7 +29,7 @@ class Bundle(unittest.TestCase):
         run("cmake", "-S", REPOSITORY, "-B", cls.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release",
             f"--toolchain={REPOSITORY / 'tests' / 'packaging' / 'macos' / 'apple_rules.cmake'}",
             f"-DMACDEPLOYQT_EXECUTABLE={cls.recorder()}", "-DBUILD_TESTING=OFF", "-DTARNWICK_STAND_IN=OFF")
-        run("cmake", "--build", cls.build, "--target", "TarnwickClient", limit=300)
+        run("cmake", "--build", cls.build, limit=300)
         run("cmake", "--install", cls.build, "--prefix", cls.folder / "Applications")
         cls.bundle = cls.folder / "Applications" / "Tarnwick.app"
         cls.contents = cls.bundle / "Contents"

@@ -1,9 +1,12 @@
 """The package as Debian's and the desktops' own checkers see it."""
 
 import gzip
+import re
 import unittest
+import urllib.parse
+import xml.etree.ElementTree
 
-from packaging_support import main, needs, package, product, run, unpacked_package
+from packaging_support import CLONE, complaints, main, needs, package, product, run, unpacked_package
 
 # The first package of a program closes the report that asked Debian for it. Nobody asked.
 TOLERATED_TAGS = "initial-upload-closes-no-bugs"
@@ -15,26 +18,46 @@ class PackageContent(unittest.TestCase):
         cls.root = unpacked_package("package-content")
         cls.share = cls.root / "usr" / "share"
         cls.id = product()["TARNWICK_APP_ID"]
+        cls.metainfo = cls.share / "metainfo" / f"{cls.id}.metainfo.xml"
 
     def field(self, name):
         return run("dpkg-deb", "--field", package(), name).strip()
 
     def test_lintian_finds_nothing(self):
         needs("lintian")
-        printed = run("lintian", "--fail-on", "warning", "--suppress-tags", TOLERATED_TAGS, "--allow-root", package())
-        self.assertEqual(printed, "")
+        self.assertEqual(complaints("lintian", "--fail-on", "warning", "--suppress-tags", TOLERATED_TAGS,
+                                    "--allow-root", package()), "")
 
     def test_the_desktop_entry_is_valid(self):
         needs("desktop-file-validate")
-        self.assertEqual(run("desktop-file-validate", self.share / "applications" / f"{self.id}.desktop"), "")
+        self.assertEqual(complaints("desktop-file-validate", self.share / "applications" / f"{self.id}.desktop"), "")
 
     def test_the_metainfo_is_valid(self):
         needs("appstreamcli")
-        run("appstreamcli", "validate", "--strict", "--no-net", self.share / "metainfo" / f"{self.id}.metainfo.xml")
+        run("appstreamcli", "validate", "--strict", "--no-net", self.metainfo)
 
-    def test_the_manual_page_names_the_state_file(self):
-        with gzip.open(self.share / "man" / "man1" / "tarnwick-client.1.gz", "rt", encoding="utf-8") as page:
-            self.assertIn("Library/Application Support/Tarnwick/pc\\-client\\-state.json", page.read())
+    def test_every_picture_of_the_metainfo_is_in_the_tree_at_the_path_of_its_address(self):
+        pictures = xml.etree.ElementTree.parse(self.metainfo).findall("screenshots/screenshot/image")
+        self.assertEqual(len(pictures), 3)
+        for picture in pictures:
+            with self.subTest(address=picture.text):
+                path = urllib.parse.urlsplit(picture.text).path
+                self.assertTrue(path.startswith("/desktop-client/docs/"))
+                self.assertEqual((CLONE / path.removeprefix("/desktop-client/")).read_bytes()[:8], b"\x89PNG\r\n\x1a\n")
+
+    def test_the_manual_page_says_what_there_is_to_know(self):
+        with gzip.open(self.share / "man" / "man1" / "tarnwick-client.1.gz", "rt", encoding="utf-8") as file:
+            page = file.read().replace("\\-", "-")
+        sections = dict(re.findall(r"^\.SH (.+)\n((?:(?!\.SH ).*\n)*)", page, re.MULTILINE))
+        for section, wanted in (
+                ("NAME", "tarnwick-client - desktop client for the Tarnwick hosting service"),
+                ("OPTIONS", "The program has no options."),
+                ("ENVIRONMENT", ".B HOME\nThe folder below which the state file is kept."),
+                ("FILES", ".I $HOME/Library/Application Support/Tarnwick/pc-client-state.json\n"),
+                ("FILES", "Deleting it while the client is closed unlinks the desktop"),
+                ("DESCRIPTION", "To unlink, press \\(lqUnlink\\(rq: the token is forgotten on this computer.")):
+            with self.subTest(section=section):
+                self.assertIn(wanted, sections[section])
 
     def test_every_icon_has_the_size_of_its_folder(self):
         needs("identify")
@@ -47,7 +70,7 @@ class PackageContent(unittest.TestCase):
     def test_everything_bears_the_one_identifier(self):
         entry = (self.share / "applications" / f"{self.id}.desktop").read_text(encoding="utf-8")
         self.assertIn(f"\nIcon={self.id}\n", entry)
-        metainfo = (self.share / "metainfo" / f"{self.id}.metainfo.xml").read_text(encoding="utf-8")
+        metainfo = self.metainfo.read_text(encoding="utf-8")
         self.assertIn(f"<id>{self.id}</id>", metainfo)
         self.assertIn(f">{self.id}.desktop</launchable>", metainfo)
 
@@ -56,7 +79,19 @@ class PackageContent(unittest.TestCase):
         self.assertLessEqual({"libc6", "libqt6core6", "libqt6gui6", "libqt6network6", "libqt6widgets6"}, depends)
         self.assertEqual(self.field("Recommends"),
                          "ca-certificates, fonts-noto-color-emoji, qt6-wayland, xdg-utils")
+
+    def test_it_is_described(self):
         self.assertEqual(self.field("Section"), "net")
+        summary, *lines = self.field("Description").splitlines()
+        self.assertEqual(summary, "desktop client for the Tarnwick hosting service")
+        self.assertIn("pairs the desktop with a Tarnwick account by a one-time code", " ".join(lines))
+        self.assertRegex(self.field("Maintainer"), r"^[^<>]+ <[^<>@]+@[^<>@]+>$")
+
+    def test_its_size_is_the_same_on_every_file_system(self):
+        plain = [path for path in self.root.rglob("*") if path.is_file() and not path.is_symlink()]
+        others = len(list(self.root.rglob("*"))) - len(plain)
+        size = sum(-(-path.stat().st_size // 1024) for path in plain) + others
+        self.assertEqual(self.field("Installed-Size"), str(size))
 
     def test_the_license_is_in_it(self):
         copyright_text = (self.share / "doc" / "tarnwick-client" / "copyright").read_text(encoding="utf-8")

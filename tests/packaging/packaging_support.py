@@ -10,7 +10,9 @@ import unittest
 
 REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
 WORK = pathlib.Path(os.environ.get("TARNWICK_PACKAGING_WORK", REPOSITORY / "build" / "packaging-tests"))
-PACKAGE_BUILD = REPOSITORY / "build" / "package"
+# The package comes from a clone of its own, so that nothing that is set in this folder's build shows in it.
+CLONE = WORK / "clone"
+PACKAGE_BUILD = CLONE / "build" / "package"
 LOGO = REPOSITORY / "tarnwick" / "static" / "tarnwick-logo.png"
 
 # The exit code that ctest reads as "skipped".
@@ -24,6 +26,13 @@ def run(*command, limit=120, **options):
     if done.returncode != 0:
         raise AssertionError(f"{command[0]} ended with {done.returncode}:\n{done.stdout}{done.stderr}")
     return done.stdout
+
+
+def complaints(*command, limit=120):
+    """Everything that a checker prints, on both of its outputs, and its exit code if that is not 0."""
+    done = subprocess.run([str(word) for word in command], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+                          timeout=limit, check=False)
+    return done.stdout + (f"It ended with {done.returncode}.\n" if done.returncode != 0 else "")
 
 
 def needs(*programs):
@@ -40,13 +49,47 @@ def empty_folder(name):
     return folder
 
 
-def copy_sources(folder):
+def is_repository(folder=REPOSITORY):
+    return (folder / ".git").exists() and shutil.which("git") is not None
+
+
+def git(*words, folder=REPOSITORY):
+    """Git without this person's settings, in a folder that may belong to somebody else."""
+    settings = WORK / "git-settings"
+    settings.parent.mkdir(parents=True, exist_ok=True)
+    if not settings.exists():
+        settings.write_text("[safe]\n\tdirectory = *\n", encoding="utf-8")
+    return run("git", "-C", folder, *words, env={**os.environ, "GIT_CONFIG_GLOBAL": str(settings)})
+
+
+def _source_names(folder):
+    if is_repository(folder):
+        return git("ls-files", "-z", "--cached", "--others", "--exclude-standard", folder=folder).split("\0")
+    names = []
+    for place, folders, files in os.walk(folder):
+        folders[:] = [name for name in folders if name not in ("build", "__pycache__", ".cache", ".git")]
+        names += [os.path.relpath(os.path.join(place, name), folder) for name in files]
+    return names
+
+
+def copy_sources(folder, source=REPOSITORY):
     """Copies the files that a commit of everything would hold, and nothing that was built."""
-    listed = run("git", "-C", REPOSITORY, "ls-files", "-z", "--cached", "--others", "--exclude-standard")
-    for name in listed.split("\0"):
-        if name and (REPOSITORY / name).is_file():
+    for name in _source_names(source):
+        if name and (source / name).is_file():
             (folder / name).parent.mkdir(parents=True, exist_ok=True)
-            shutil.copy2(REPOSITORY / name, folder / name)
+            shutil.copy2(source / name, folder / name)
+
+
+def fresh_clone(folder, source=REPOSITORY):
+    """A clone with the changes that are not committed yet. Of a folder that is no repository it is a copy."""
+    shutil.rmtree(folder, ignore_errors=True)
+    if is_repository(source):
+        git("clone", "--quiet", source, folder)
+        for name in git("ls-files", "-z", "--deleted", folder=source).split("\0"):
+            if name:
+                (folder / name).unlink(missing_ok=True)
+    copy_sources(folder, source)
+    return folder
 
 
 def take_over_what_is_built(build):
@@ -82,10 +125,15 @@ def use_e2e_harness():
 
 def main():
     """Runs the calling file's tests. Each one that was skipped gets a line that says why."""
-    program = unittest.main(verbosity=2, exit=False)
-    skipped = program.result.skipped
-    for test, reason in skipped:
-        print(f"SKIPPED: {test}: {reason}", flush=True)
-    if not program.result.wasSuccessful():
+    result = unittest.main(verbosity=2, exit=False).result
+    skipped_tests = set()
+    for test, reason in result.skipped:
+        which = ""
+        # A test, or a part of one. Otherwise it is a whole class.
+        if isinstance(test, unittest.TestCase):
+            which = f", {test.id().rsplit('.', 1)[-1]}"
+            skipped_tests.add(test.id().split(" ")[0])
+        print(f"SKIPPED: {pathlib.Path(sys.argv[0]).stem}{which}: {reason}", flush=True)
+    if not result.wasSuccessful():
         sys.exit(1)
-    sys.exit(SKIPPED if skipped and len(skipped) >= program.result.testsRun else 0)
+    sys.exit(SKIPPED if result.skipped and result.testsRun == len(skipped_tests) else 0)

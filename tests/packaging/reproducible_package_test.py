@@ -3,21 +3,16 @@
 import os
 import unittest
 
-from packaging_support import REPOSITORY, copy_sources, empty_folder, main, needs, package, run
+from packaging_support import CLONE, empty_folder, fresh_clone, main, package, run
 
 
 class ReproduciblePackage(unittest.TestCase):
     def test_a_fresh_clone_in_another_folder_gives_the_same_bytes(self):
-        needs("git")
-        if not (REPOSITORY / ".git").exists():
-            self.skipTest("this is not a git repository, so there is no commit to build twice")
-        folder = empty_folder("reproducible") / "a-folder-with-a-longer-name" / "clone"
-        run("git", "clone", "--quiet", REPOSITORY, folder)
-        # While a change is not committed yet, both sides have to have it.
-        copy_sources(folder)
+        # Of the clone that the package was made in, since somebody may be working in the repository.
+        folder = fresh_clone(empty_folder("reproducible") / "a-folder-with-a-longer-name" / "clone", CLONE)
         # Nothing of the surroundings may show either.
         surroundings = {**os.environ, "TZ": "Pacific/Chatham", "LC_ALL": "C", "HOME": str(folder.parent)}
-        run("sh", "-c", "umask 077 && exec tools/package", limit=600, cwd=folder, env=surroundings)
+        run(folder / "tools" / "package", limit=600, cwd="/", env=surroundings, umask=0o077)
         one, other = package(), package(folder / "build" / "package")
         self.assertEqual(one.name, other.name)
         if one.read_bytes() != other.read_bytes():

@@ -4,8 +4,11 @@ import re
 import subprocess
 import unittest
 
-from packaging_support import REPOSITORY, copy_sources, empty_folder, main, product, run, take_over_what_is_built
+from packaging_support import CLONE, REPOSITORY, copy_sources, empty_folder, main, product, run, take_over_what_is_built
 
+# Where a version might be repeated by mistake. Numbers of other things may look alike elsewhere.
+SAYS_NO_VERSION = ("README.md", "CONTRIBUTING.md", "CMakeLists.txt", "CMakePresets.json", "client", "cmake", "docs",
+                   "packaging", "tools", "tarnwick")
 
 class Version(unittest.TestCase):
     def configured(self, name, version, changes):
@@ -24,6 +27,14 @@ class Version(unittest.TestCase):
         changes = (REPOSITORY / "CHANGELOG.md").read_text(encoding="utf-8")
         newest = re.search(r"^## (\S+) - \d{4}-\d{2}-\d{2}$", changes, re.MULTILINE)
         self.assertEqual(newest[1], product()["TARNWICK_VERSION"])
+
+    def test_no_other_place_says_it(self):
+        version = re.escape(product()["TARNWICK_VERSION"])
+        said = re.compile(rf"(?<![\w.]){version}(?![\w.]*\w)".encode())
+        places = [path for name in SAYS_NO_VERSION for path in sorted((CLONE / name).rglob("*") if
+                  (CLONE / name).is_dir() else [CLONE / name]) if path.is_file()]
+        self.assertEqual([str(path.relative_to(CLONE)) for path in places if said.search(path.read_bytes())],
+                         ["cmake/Product.cmake"])
 
     def test_a_change_in_one_place_reaches_everything(self):
         build = self.configured("version-everywhere", "9.8.7", "# Changelog\n\n## Unreleased\n\n- Not yet.\n\n"
