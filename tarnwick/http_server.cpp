@@ -1,5 +1,6 @@
 #include "http_server.h"
 
+#include "bounded_stream.h"
 #include "error_replies.h"
 #include "httplib_adapter.h"
 #include "security_headers.h"
@@ -7,7 +8,9 @@
 #include <httplib.h>
 
 #include <future>
+#include <sys/socket.h>
 #include <thread>
+#include <unistd.h>
 
 namespace tarnwick {
 
@@ -18,17 +21,41 @@ constexpr const char* loopbackAddress = "127.0.0.1";
 // this many threads they, and clients that send slowly, do not make others wait.
 constexpr std::size_t threads = 64;
 constexpr int waitingConnections = 128;
-constexpr std::chrono::seconds silenceBeforeRequest{5};
-constexpr std::chrono::seconds silenceWithinRequest{5};
 
 using SteadyClock = std::chrono::steady_clock;
+
+// The library limits each pause of a client, but not all of them together, and the size of a header, but not their
+// number: one byte now and then would hold a thread for ever.
+class BoundedServer : public httplib::Server
+{
+public:
+    explicit BoundedServer(const ConnectionLimits& limits) : m_limits(limits) {}
+
+private:
+    // One request per connection: a connection that is kept can close just as the client sends on it, and a
+    // form that may not be sent twice would be lost.
+    bool process_and_close_socket(socket_t socket) override
+    {
+        BoundedStream stream(socket, m_limits);
+        bool isClosed = false;
+        const bool isAnswered = process_request(stream, true, isClosed, nullptr);
+        ::shutdown(socket, SHUT_RDWR);
+        ::close(socket);
+        return isAnswered;
+    }
+
+    ConnectionLimits m_limits;
+};
 
 } // namespace
 
 class HttpServer::Implementation
 {
 public:
-    Implementation(Service& service, LogSink log) : m_service(service), m_log(std::move(log))
+    Implementation(Service& service, LogSink log, const ConnectionLimits& limits)
+        : m_service(service),
+          m_log(std::move(log)),
+          m_server(limits)
     {
         setLimits();
         setHandlers();
@@ -51,7 +78,7 @@ private:
 
     Service& m_service;
     LogSink m_log;
-    httplib::Server m_server;
+    BoundedServer m_server;
     socket_t m_socket = -1;
     std::thread m_thread;
     std::future<void> m_ended;
@@ -70,12 +97,6 @@ void HttpServer::Implementation::setLimits()
         const int yes = 1;
         setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
     });
-    // One request per connection: a connection that is kept can close just as the client sends on it, and a
-    // form that may not be sent twice would be lost.
-    m_server.set_keep_alive_max_count(1);
-    m_server.set_keep_alive_timeout(silenceBeforeRequest.count());
-    m_server.set_read_timeout(silenceWithinRequest);
-    m_server.set_write_timeout(silenceWithinRequest);
     m_server.set_payload_max_length(largestReadBody);
     m_server.set_tcp_nodelay(true);
 }
@@ -180,8 +201,8 @@ void HttpServer::Implementation::join()
     }
 }
 
-HttpServer::HttpServer(Service& service, LogSink log)
-    : m_implementation(std::make_unique<Implementation>(service, std::move(log)))
+HttpServer::HttpServer(Service& service, LogSink log, const ConnectionLimits& limits)
+    : m_implementation(std::make_unique<Implementation>(service, std::move(log), limits))
 {
 }
 

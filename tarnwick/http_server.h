@@ -1,5 +1,6 @@
 #pragma once
 
+#include "connection_limits.h"
 #include "request_log.h"
 #include "service.h"
 
@@ -13,7 +14,7 @@ namespace tarnwick {
 class HttpServer
 {
 public:
-    HttpServer(Service& service, LogSink log);
+    HttpServer(Service& service, LogSink log, const ConnectionLimits& limits = {});
     // Waits for the connections that are being served.
     ~HttpServer();
     HttpServer(const HttpServer&) = delete;

@@ -95,10 +95,12 @@ void ReplyTransferErrorTest::aCutBodyIsReported_data()
     const auto calls = support::allCalls();
     for (const Call call : calls) {
         const char* name = support::callName(call);
+        // The body comes once the client is done with the head: Qt counts an answer that ends together with its
+        // connection as one only if it was reading by then.
         const auto announced = [](const QByteArray& body) {
-            return Reply::json(200, body).contentLength(1000).thenClose();
+            return Reply::json(200, body).contentLength(1000).holdBody().thenClose();
         };
-        QTest::addRow("%s, nothing", name) << call << announced("") << closed;
+        QTest::addRow("%s, a blank", name) << call << announced(" ") << closed;
         QTest::addRow("%s, half an object", name) << call << announced(R"({"message":"Not sh)") << closed;
         QTest::addRow("%s, message", name) << call << announced(R"({"message":"A message"})") << u"A message"_s;
         QTest::addRow("%s, error", name) << call << announced(R"({"message":"","error":"An error"})") << u"An error"_s;
@@ -123,8 +125,8 @@ void ReplyTransferErrorTest::aCutBodyOfAnErrorStatusFollowsTheStatus()
 {
     QVERIFY(bench->prepare(Call::Instances));
     server->replies(callPath(Call::Instances),
-                    {Reply::json(500, R"({"message":"A message"})").contentLength(1000).thenClose(),
-                     Reply::json(500, R"({"message":"A message"})").cutBodyAfter(12)});
+                    {Reply::json(500, R"({"message":"A message"})").contentLength(1000).holdBody().thenClose(),
+                     Reply::json(500, R"({"message":"A message"})").cutBodyAfter(12).holdBody()});
     bench->bringAbout(Call::Instances);
     QTRY_COMPARE(bench->view().status(), u"A message"_s);
     bench->bringAbout(Call::Instances);

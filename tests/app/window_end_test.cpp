@@ -26,7 +26,7 @@ private Q_SLOTS:
     void cleanup();
     void closingRewritesTheFileEvenIfNothingChanged();
     void everyCloseSavesAgain();
-    void theFileIsWrittenBeforeTheEventIsAccepted();
+    void aCloseWritesTheFileAndIsAccepted();
     void aCloseIsNeverRefused();
     void closingLeavesThePollTimerAndRequestsAlone();
     void destroyingTheWindowWritesNothing();
@@ -72,7 +72,7 @@ void WindowEndTest::everyCloseSavesAgain()
     }
 }
 
-void WindowEndTest::theFileIsWrittenBeforeTheEventIsAccepted()
+void WindowEndTest::aCloseWritesTheFileAndIsAccepted()
 {
     const support::TemporaryHome home;
     TarnwickClientWindow window;

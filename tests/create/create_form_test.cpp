@@ -108,11 +108,16 @@ void CreateFormTest::aMissingNameIsTurnedAway()
     fillForm(run);
     run.view().line(u"GDPS Name")->setText(name);
     const QStringList before = formOf(run);
+    run.view().tabs()->setCurrentIndex(1);
+    run.window().show();
+    QVERIFY(QTest::qWaitForWindowActive(&run.window()));
+    run.view().line(u"Accent")->setFocus();
+    QVERIFY(run.view().line(u"Accent")->hasFocus());
     run.press(u"Create GDPS");
     QCOMPARE(run.view().status(), u"Enter a GDPS name first."_s);
     QCOMPARE(formOf(run), before);
     QVERIFY(run.view().button(u"Create GDPS")->isEnabled());
-    QVERIFY(!run.view().line(u"GDPS Name")->hasFocus());
+    QVERIFY(run.view().line(u"Accent")->hasFocus());
     QVERIFY(run.markerComesBack());
     QCOMPARE(run.server.count(callPath(Call::CreateInstance)), 0);
 }

@@ -1,11 +1,7 @@
-// Base URLs, redirects and tokens that cannot work.
+// Base URLs and redirects that cannot work.
 #include "app/tarnwick_client_window.h"
 #include "faults/fault_run.h"
-#include "support/message_catcher.h"
-#include "support/temporary_home.h"
 
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QTest>
 
 #include <memory>
@@ -22,8 +18,6 @@ private Q_SLOTS:
     void aBaseUrlThatCannotWorkEndsInOneSentence();
     void aRedirectThatLeadsNowhereEndsInOneSentence_data();
     void aRedirectThatLeadsNowhereEndsInOneSentence();
-    void aTokenIsSentByteForByte_data();
-    void aTokenIsSentByteForByte();
 
 private:
     static std::unique_ptr<faults::FaultRun> newRun()
@@ -131,37 +125,6 @@ void AddressFaultsTest::aRedirectThatLeadsNowhereEndsInOneSentence()
     checkItEnded(*run);
     QVERIFY(run->stillAnswers());
     QCOMPARE(run->messages(), QStringList());
-}
-
-void AddressFaultsTest::aTokenIsSentByteForByte_data()
-{
-    QTest::addColumn<QString>("token");
-    QTest::newRow("64 KiB") << QString(qsizetype{64} * 1024, u't');
-    QTest::newRow("umlauts") << u"tökén"_s;
-    QTest::newRow("emoji") << u"🔥🔥"_s;
-    QTest::newRow("right to left") << u"שלום"_s;
-    QTest::newRow("blanks inside") << u"a  b"_s;
-    QTest::newRow("tab inside") << u"a\tb"_s;
-    QTest::newRow("colon and comma") << u"a: b, c"_s;
-}
-
-void AddressFaultsTest::aTokenIsSentByteForByte()
-{
-    QFETCH(QString, token);
-    const support::MessageCatcher messages;
-    const support::TemporaryHome home;
-    support::ScriptedServer server;
-    server.reply(callPath(Call::Session), Reply::json(200, "{}"));
-    server.reply(callPath(Call::Instances), Reply::json(200, R"({"instances":[{}]})"));
-    home.writeState(support::storedState(server.origin(), token));
-    const TarnwickClientWindow window;
-    QTRY_COMPARE(support::WindowView(window).status(), u"Loaded 1 Tarnwick project(s)."_s);
-    QCOMPARE(server.count(), 2);
-    const auto requests = server.requests();
-    for (const support::RecordedRequest& request : requests) {
-        QCOMPARE(request.header("Authorization"), "Bearer " + token.toUtf8());
-    }
-    QCOMPARE(messages.messages(), QStringList());
 }
 
 QTEST_MAIN(AddressFaultsTest)

@@ -1,5 +1,7 @@
 #include "fault_run.h"
 
+#include "support/wait_for.h"
+
 #include <QNetworkReply>
 #include <QSignalSpy>
 #include <QTest>
@@ -37,6 +39,12 @@ QString busyButton(Call call)
 } // namespace
 
 FaultRun::FaultRun(support::ServiceBench::WindowMaker makeWindow) : m_makeWindow(std::move(makeWindow)) {}
+
+FaultRun::FaultRun(support::ServiceBench::WindowMaker makeWindow, const support::TlsIdentity& identity)
+    : server(identity),
+      m_makeWindow(std::move(makeWindow))
+{
+}
 
 void FaultRun::begin(const QString& origin)
 {
@@ -142,8 +150,23 @@ QList<QByteArray> FaultRun::expectedArrivals(const FaultOutcome& outcome) const
     return QList<QByteArray>{callPath(m_call)} + followUpsOf(m_call, outcome);
 }
 
+bool FaultRun::asksAnother()
+{
+    support::ScriptedServer another;
+    another.reply(callPath(Call::LinkStart), Reply::json(500, R"({"message":"Another service"})"));
+    const support::WindowView view = m_bench->view();
+    view.line(u"Tarnwick URL")->setText(another.origin());
+    view.button(u"Generate Link Code")->click();
+    const bool isAnswered = support::waitFor([&view] { return view.status() == u"Another service"_s; });
+    view.line(u"Tarnwick URL")->setText(server.origin());
+    return isAnswered;
+}
+
 bool FaultRun::stillAnswers()
 {
+    if (!asksAnother()) {
+        return false;
+    }
     server.reply(callPath(Call::LinkStart), Reply::json(200, R"({"code":"TWPC-TEST02"})"));
     server.reply(callPath(Call::LinkPoll), Reply::json(200, R"({"access_token":"token-2"})"));
     server.reply(callPath(Call::Session), Reply::json(200, R"({"user":{"display_name":"Bea"}})"));
@@ -151,15 +174,14 @@ bool FaultRun::stillAnswers()
     server.reply(callPath(Call::CreateInstance), Reply::json(201, "{}"));
 
     const support::WindowView view = m_bench->view();
-    view.line(u"Tarnwick URL")->setText(server.origin());
     view.button(u"Generate Link Code")->click();
-    if (!QTest::qWaitFor([&view] { return view.line(u"Link code")->text() == u"TWPC-TEST02"_s; })) {
+    if (!support::waitFor([&view] { return view.line(u"Link code")->text() == u"TWPC-TEST02"_s; })) {
         return false;
     }
     m_bench->window().findChild<QTimer*>(QString(), Qt::FindDirectChildrenOnly)->blockSignals(false);
     m_bench->tickPollTimer();
-    if (!QTest::qWaitFor([&view] { return view.status() == u"Loaded 3 Tarnwick project(s)."_s; }) ||
-        view.account().first() != u"Signed in as Bea"_s) {
+    if (!support::waitFor([&view] { return view.status() == u"Loaded 3 Tarnwick project(s)."_s; }) ||
+        view.account().constFirst() != u"Signed in as Bea"_s) {
         return false;
     }
     if (m_call != Call::CreateInstance) {
@@ -168,7 +190,7 @@ bool FaultRun::stillAnswers()
     view.line(u"GDPS Name")->setText(u"Second"_s);
     view.button(u"Create GDPS")->click();
     return settles() && view.line(u"GDPS Name")->text().isEmpty() &&
-           server.requests(callPath(Call::CreateInstance)).last().body.startsWith("display_name=Second&");
+           server.requests(callPath(Call::CreateInstance)).constLast().body.startsWith("display_name=Second&");
 }
 
 } // namespace faults

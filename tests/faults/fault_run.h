@@ -16,6 +16,9 @@ class FaultRun
 {
 public:
     explicit FaultRun(support::ServiceBench::WindowMaker makeWindow);
+    /// The same over TLS.
+    FaultRun(support::ServiceBench::WindowMaker makeWindow, const support::TlsIdentity& identity);
+    ~FaultRun() = default;
     Q_DISABLE_COPY_MOVE(FaultRun)
 
     /// Gets the client to the point of the call, has it answered like this, and waits until nothing is under way.
@@ -37,6 +40,9 @@ public:
     QList<QByteArray> expectedArrivals(const FaultOutcome& outcome) const;
     /// False when the control that the call keeps busy was not.
     bool wasBusy() const { return m_wasBusy; }
+    /// Asks another service, which has its own answer. By the time that it is there, the client has noticed which of
+    /// its connections have ended.
+    bool asksAnother();
     /// Links the client anew and, after a creation, creates once more; all five calls work if this does.
     bool stillAnswers();
     /// Everything printed so far. Nothing should be.

@@ -1,7 +1,7 @@
 // Hands any reply to the window: the kind, the status, how the transfer ended, and the body.
 #include "app/tarnwick_client_window.h"
 #include "fuzz/fuzz_application.h"
-#include "fuzz/private_member.h"
+#include "support/private_member.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

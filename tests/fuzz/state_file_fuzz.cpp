@@ -1,7 +1,7 @@
 // Loads any bytes as the state file, and compares what the window takes from them with the plain rule.
 #include "app/tarnwick_client_window.h"
 #include "fuzz/fuzz_application.h"
-#include "fuzz/private_member.h"
+#include "support/private_member.h"
 
 #include <QFile>
 #include <QJsonDocument>

@@ -30,7 +30,9 @@ public:
     void start() { bench.startUnlinked(); }
     /// Opens the window of a linked desktop. Its session check is on its way.
     void startLinked() { bench.startLinked(); }
-    /// The same, and waits until the project list has been loaded.
+    /// Opens the window on whatever the state file holds.
+    void startStored() { bench.startStored(); }
+    /// The same as a linked one, and waits until the project list has been loaded.
     bool startSignedIn()
     {
         bench.startLinked();

@@ -141,6 +141,13 @@ Reply Reply::dripBody(int bytesPerStep, int everyMs) const
     return withDrip(DripPart::Body, bytesPerStep, everyMs);
 }
 
+Reply Reply::holdBody() const
+{
+    Reply changed = *this;
+    changed.m_holdsBody = true;
+    return changed;
+}
+
 Reply Reply::cutAfter(qint64 bytes) const
 {
     Reply changed = *this;

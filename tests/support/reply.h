@@ -59,6 +59,8 @@ public:
     Reply drip(int bytesPerStep, int everyMs) const;
     Reply dripHead(int bytesPerStep, int everyMs) const;
     Reply dripBody(int bytesPerStep, int everyMs) const;
+    /// Sends the head; the rest follows when the server is told to release it.
+    Reply holdBody() const;
 
     // The end. A cut answer is closed unless one of the endings below says otherwise.
     /// Ends after that many bytes of the whole answer.
@@ -105,6 +107,7 @@ private:
     DripPart m_dripPart = DripPart::None;
     int m_dripBytes = 0;
     int m_dripEveryMs = 0;
+    bool m_holdsBody = false;
     qint64 m_cutAfter = -1;
     qint64 m_cutBodyAfter = -1;
     std::optional<Ending> m_ending;

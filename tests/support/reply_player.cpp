@@ -34,6 +34,17 @@ void ReplyPlayer::start()
     m_pause.start(m_script.delayMs);
 }
 
+void ReplyPlayer::release()
+{
+    m_isReleased = true;
+    sendMore();
+}
+
+bool ReplyPlayer::isHolding() const
+{
+    return m_position < m_script.size() && m_position == sendableSize();
+}
+
 void ReplyPlayer::sendMore()
 {
     if (m_isFinished || m_pause.isActive()) {
@@ -43,7 +54,7 @@ void ReplyPlayer::sendMore()
     if (m_socket->state() != QAbstractSocket::ConnectedState) {
         return;
     }
-    while (m_position < m_script.size() && unsentBytes() < playerMostUnsent) {
+    while (m_position < sendableSize() && unsentBytes() < playerMostUnsent) {
         const bool drips = isDripping();
         const QByteArray block = m_script.slice(m_position, nextBlockSize());
         if (m_socket->write(block) != block.size()) {
@@ -65,11 +76,18 @@ void ReplyPlayer::sendMore()
 qint64 ReplyPlayer::nextBlockSize() const
 {
     const DripPace& drip = m_script.drip;
+    const qint64 left = sendableSize() - m_position;
     if (isDripping()) {
-        return qMin(drip.bytes, drip.to - m_position);
+        return qMin(left, qMin(drip.bytes, drip.to - m_position));
     }
     const bool dripAhead = drip.bytes > 0 && m_position < drip.from;
-    return dripAhead ? qMin(playerBlockSize, drip.from - m_position) : playerBlockSize;
+    return qMin(playerBlockSize, dripAhead ? qMin(left, drip.from - m_position) : left);
+}
+
+qint64 ReplyPlayer::sendableSize() const
+{
+    const bool holds = m_script.holdAt >= 0 && !m_isReleased;
+    return holds ? qMin(m_script.holdAt, m_script.size()) : m_script.size();
 }
 
 qint64 ReplyPlayer::unsentBytes() const

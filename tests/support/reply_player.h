@@ -19,6 +19,9 @@ public:
     ReplyPlayer(ReplyScript script, QTcpSocket* socket, QObject* parent);
 
     void start();
+    /// Sends what the script holds back.
+    void release();
+    bool isHolding() const;
 
 Q_SIGNALS:
     /// The last byte has been handed to the system.
@@ -27,6 +30,7 @@ Q_SIGNALS:
 private:
     void sendMore();
     qint64 nextBlockSize() const;
+    qint64 sendableSize() const;
     qint64 unsentBytes() const;
     bool isDripping() const;
 
@@ -34,6 +38,7 @@ private:
     QTcpSocket* m_socket = nullptr;
     qint64 m_position = 0;
     QTimer m_pause;
+    bool m_isReleased = false;
     bool m_isFinished = false;
 };
 

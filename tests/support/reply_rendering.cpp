@@ -24,6 +24,7 @@ ReplyScript Reply::script() const
     script.patternSize = m_patternSize;
 
     script.cutAt = m_cutBodyAfter < 0 ? m_cutAfter : headSize + m_cutBodyAfter;
+    script.holdAt = m_holdsBody && headSize > 0 ? headSize : -1;
     script.delayMs = m_delayMs;
     script.ending = effectiveEnding();
     script.idleMs = m_idleMs;

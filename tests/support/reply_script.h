@@ -37,6 +37,8 @@ struct ReplyScript
     int idleMs = 0;
     /// Bytes from here on are not sent; negative means all are.
     qint64 cutAt = -1;
+    /// Bytes from here on wait until they are asked for; negative means none do.
+    qint64 holdAt = -1;
 
     /// How many bytes go out.
     qint64 size() const;

@@ -55,6 +55,7 @@ void ScriptedConnection::answer(const ReplyScript& script)
     }
     m_stage = Stage::Answering;
     auto* player = new ReplyPlayer(script, m_socket, this);
+    m_player = player;
     const Ending ending = script.ending;
     const int idleMs = script.idleMs;
     connect(player, &ReplyPlayer::finished, this, [this, player, ending, idleMs] {
@@ -62,6 +63,18 @@ void ScriptedConnection::answer(const ReplyScript& script)
         endAnswer(ending, idleMs);
     });
     player->start();
+}
+
+void ScriptedConnection::releaseAnswer()
+{
+    if (m_player) {
+        m_player->release();
+    }
+}
+
+bool ScriptedConnection::holdsAnswer() const
+{
+    return m_player && m_player->isHolding();
 }
 
 bool ScriptedConnection::isIdle() const

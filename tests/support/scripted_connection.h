@@ -6,11 +6,14 @@
 
 #include <QList>
 #include <QObject>
+#include <QPointer>
 #include <QTimer>
 
 class QTcpSocket;
 
 namespace support {
+
+class ReplyPlayer;
 
 /// One connection of the scripted server: reads requests, and plays the answers in the order of the requests.
 class ScriptedConnection : public QObject
@@ -24,6 +27,9 @@ public:
     void begin();
     /// Answers the request that came due last.
     void answer(const ReplyScript& script);
+    /// Sends what the answer holds back, if it does.
+    void releaseAnswer();
+    bool holdsAnswer() const;
     /// True between two requests.
     bool isIdle() const;
     void close();
@@ -46,6 +52,7 @@ private:
 
     int m_number = 0;
     QTcpSocket* m_socket = nullptr;
+    QPointer<ReplyPlayer> m_player;
     RequestReader m_reader;
     QList<RecordedRequest> m_waiting;
     Stage m_stage = Stage::WaitingForRequest;

@@ -107,6 +107,19 @@ void ScriptedServer::release(const QByteArray& path)
     }
 }
 
+void ScriptedServer::releaseBodies()
+{
+    for (ScriptedConnection* connection : QList(m_connections)) {
+        connection->releaseAnswer();
+    }
+}
+
+qsizetype ScriptedServer::heldBodyCount() const
+{
+    return std::count_if(m_connections.cbegin(), m_connections.cend(),
+                         [](const ScriptedConnection* connection) { return connection->holdsAnswer(); });
+}
+
 qsizetype ScriptedServer::heldCount(const QByteArray& path) const
 {
     return std::count_if(m_held.cbegin(), m_held.cend(), [this, &path](const HeldRequest& entry) {

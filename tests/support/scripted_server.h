@@ -59,6 +59,10 @@ public:
     void hold(const QByteArray& path);
     /// Answers what waits, and whatever comes later.
     void release(const QByteArray& path);
+    /// Sends the bodies of the answers that wait after their heads.
+    void releaseBodies();
+    /// How many answers wait like that.
+    qsizetype heldBodyCount() const;
     /// How many requests to the path wait with their client still there.
     qsizetype heldCount(const QByteArray& path) const;
 

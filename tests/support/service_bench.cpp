@@ -1,10 +1,15 @@
 #include "service_bench.h"
 
+#include "wait_for.h"
+
 #include <QCoreApplication>
 #include <QJsonDocument>
-#include <QTest>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QNetworkRequest>
 #include <QTimer>
 #include <QTimerEvent>
+#include <QUrl>
 
 #include <utility>
 
@@ -80,10 +85,15 @@ void ServiceBench::startLinked()
     m_window = m_makeWindow();
 }
 
+void ServiceBench::startStored()
+{
+    m_window = m_makeWindow();
+}
+
 bool ServiceBench::settleLinked()
 {
     startLinked();
-    return QTest::qWaitFor([this] { return view().status() == u"Loaded 1 Tarnwick project(s)."_s; });
+    return waitFor([this] { return view().status() == u"Loaded 1 Tarnwick project(s)."_s; });
 }
 
 bool ServiceBench::prepare(Call call)
@@ -95,7 +105,7 @@ bool ServiceBench::prepare(Call call)
     case Call::LinkPoll:
         startUnlinked();
         view().button(u"Generate Link Code")->click();
-        return QTest::qWaitFor([this] { return view().line(u"Link code")->text() == u"TWPC-TEST01"_s; });
+        return waitFor([this] { return view().line(u"Link code")->text() == u"TWPC-TEST01"_s; });
     case Call::Session:
         return true;
     case Call::Instances:
@@ -129,6 +139,26 @@ void ServiceBench::bringAbout(Call call)
         view().button(u"Create GDPS")->click();
         break;
     }
+    const auto replies = m_window->findChildren<QNetworkReply*>();
+    for (const QNetworkReply* reply : replies) {
+        QObject::connect(reply, &QNetworkReply::metaDataChanged, m_window.get(), [this] { sendHeldBodies(); });
+    }
+}
+
+void ServiceBench::sendHeldBodies()
+{
+    if (m_server.heldBodyCount() == 0) {
+        return;
+    }
+    // Qt's network thread may still be busy with the head, and would take what comes now for part of it. Once it has
+    // brought the answer of somebody else, it is past that.
+    m_bystander = std::make_unique<ScriptedServer>();
+    auto* network = m_window->findChild<QNetworkAccessManager*>();
+    QNetworkReply* answer = network->get(QNetworkRequest(QUrl(m_bystander->origin())));
+    QObject::connect(answer, &QNetworkReply::finished, m_window.get(), [this, answer] {
+        answer->deleteLater();
+        m_server.releaseBodies();
+    });
 }
 
 void ServiceBench::tickPollTimer()

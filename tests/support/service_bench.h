@@ -43,12 +43,15 @@ public:
     /// Constructs the window, linked by the token "token-1" or not linked at all.
     void startUnlinked();
     void startLinked();
+    /// Constructs it on whatever the state file holds.
+    void startStored();
     /// Constructs the window linked and waits until its project list has come. False when it does not come.
     bool settleLinked();
 
     /// Goes up to the point at which nothing but the call itself is missing. False when that fails.
     bool prepare(Call call);
-    /// Causes the call after a prepare(); nothing has been sent yet when it returns.
+    /// Causes the call after a prepare(); nothing has been sent yet when it returns. The body of an answer that is
+    /// held comes once the client is done with the head.
     void bringAbout(Call call);
     /// Delivers one tick of the poll timer, which would come by itself a second and a half later.
     void tickPollTimer();
@@ -60,11 +63,13 @@ public:
 
 private:
     void answerEverythingWell();
+    void sendHeldBodies();
 
     TemporaryHome m_home;
     ScriptedServer& m_server;
     WindowMaker m_makeWindow;
     QString m_origin;
+    std::unique_ptr<ScriptedServer> m_bystander;
     std::unique_ptr<QWidget> m_window;
 };
 

@@ -35,6 +35,12 @@ bool RawConnection::send(const std::string& bytes) const
     return ::send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
 }
 
+bool RawConnection::endsWithin(int milliseconds) const
+{
+    pollfd waiting{m_socket, POLLRDHUP, 0};
+    return poll(&waiting, 1, milliseconds) > 0;
+}
+
 std::string RawConnection::receiveAll() const
 {
     constexpr int patienceMs = 10000;

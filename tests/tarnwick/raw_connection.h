@@ -17,6 +17,8 @@ public:
 
     bool isOpen() const { return m_socket >= 0; }
     bool send(const std::string& bytes) const;
+    // Waits a moment for the service to end the connection. True when it has.
+    bool endsWithin(int milliseconds) const;
     // Everything until the service closes the connection, or what came within ten seconds.
     std::string receiveAll() const;
 

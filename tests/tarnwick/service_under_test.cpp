@@ -16,10 +16,11 @@ httplib::Headers authorization(const std::string& token)
 
 } // namespace
 
-ServiceUnderTest::ServiceUnderTest(const std::string& dataFile)
+ServiceUnderTest::ServiceUnderTest(const std::string& dataFile, const ConnectionLimits& limits)
     : m_now(startTime),
       m_service(dataFile, [this] { return Moment(std::chrono::milliseconds(m_now.load())); }),
-      m_server(m_service, [this](const std::string& line) { addLogLine(line); })
+      m_server(
+          m_service, [this](const std::string& line) { addLogLine(line); }, limits)
 {
     EXPECT_TRUE(m_server.bind(0));
     EXPECT_TRUE(m_server.serve());

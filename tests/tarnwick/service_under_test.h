@@ -18,7 +18,7 @@ namespace tarnwick::testing {
 class ServiceUnderTest
 {
 public:
-    explicit ServiceUnderTest(const std::string& dataFile = ":memory:");
+    explicit ServiceUnderTest(const std::string& dataFile = ":memory:", const ConnectionLimits& limits = {});
 
     int port() const { return m_server.port(); }
     std::string address() const { return m_server.address(); }

@@ -1,0 +1,109 @@
+// Visitors who send a byte now and then, or headers without end: each is sent away, and the others are served.
+#include "raw_connection.h"
+#include "service_under_test.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+namespace tarnwick::testing {
+
+namespace {
+
+class SlowVisitors : public ::testing::Test
+{
+protected:
+    static ConnectionLimits shortLimits()
+    {
+        ConnectionLimits limits;
+        limits.whole = std::chrono::milliseconds(300);
+        return limits;
+    }
+
+    // Goes on until the service has had enough. False when it never has.
+    static bool dripsUntilTheEnd(const RawConnection& connection)
+    {
+        constexpr int mostDrips = 3000;
+        constexpr int pauseMs = 10;
+        for (int count = 0; count < mostDrips; ++count) {
+            if (!connection.send("x") || connection.endsWithin(pauseMs)) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    ServiceUnderTest m_service{":memory:", shortLimits()};
+};
+
+TEST_F(SlowVisitors, HeadThatDripsIsCutOff)
+{
+    const RawConnection connection(m_service.port());
+    ASSERT_TRUE(connection.send("GET / HTTP/1.1\r\nHost: localhost\r\nX-Slow: "));
+
+    EXPECT_TRUE(dripsUntilTheEnd(connection));
+    EXPECT_EQ(statusOf(m_service.get("/")), 200);
+}
+
+TEST_F(SlowVisitors, BodyThatDripsIsCutOff)
+{
+    const RawConnection connection(m_service.port());
+    ASSERT_TRUE(connection.send("POST /api/pc/link/start HTTP/1.1\r\nHost: localhost\r\nContent-Length: 60000\r\n"
+                                "Content-Type: application/x-www-form-urlencoded\r\n\r\ndevice_id="));
+
+    EXPECT_TRUE(dripsUntilTheEnd(connection));
+    ASSERT_EQ(m_service.logLines().size(), 1U);
+    EXPECT_TRUE(m_service.logLines().front().starts_with("POST /api/pc/link/start 400 "));
+}
+
+TEST_F(SlowVisitors, WhoeverWaitsForAThreadGetsOne)
+{
+    // More than there are threads, each of them in the midst of a request.
+    std::vector<std::unique_ptr<RawConnection>> slow;
+    for (int count = 0; count < 70; ++count) {
+        slow.push_back(std::make_unique<RawConnection>(m_service.port()));
+        ASSERT_TRUE(slow.back()->send("GET / HTTP/1.1\r\nX-Slow: "));
+    }
+
+    EXPECT_EQ(statusOf(m_service.get("/")), 200);
+}
+
+TEST(ManyHeaders, AreCutOff)
+{
+    const ServiceUnderTest service;
+    const RawConnection connection(service.port());
+    ASSERT_TRUE(connection.send("GET / HTTP/1.1\r\nHost: localhost\r\n"));
+    const std::string headers = [] {
+        std::string text;
+        for (int count = 0; count < 20000; ++count) {
+            text += "X: y\r\n";
+        }
+        return text;
+    }();
+
+    connection.send(headers); // 120,000 bytes: the end may come before the last of them
+
+    const std::string answer = connection.receiveAll();
+    EXPECT_TRUE(answer.empty() || answer.starts_with("HTTP/1.1 400 ")) << answer.substr(0, 80);
+    EXPECT_TRUE(connection.endsWithin(0));
+    EXPECT_EQ(statusOf(service.get("/")), 200);
+}
+
+TEST(ManyHeaders, BelowTheLimitAreTaken)
+{
+    const ServiceUnderTest service;
+    const RawConnection connection(service.port());
+    std::string request = "GET / HTTP/1.1\r\nHost: localhost\r\n";
+    for (int count = 0; count < 10000; ++count) {
+        request += "X: y\r\n";
+    }
+
+    ASSERT_TRUE(connection.send(request + "\r\n"));
+
+    EXPECT_TRUE(connection.receiveAll().starts_with("HTTP/1.1 200 "));
+}
+
+} // namespace
+
+} // namespace tarnwick::testing
