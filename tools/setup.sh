@@ -5,6 +5,8 @@ packages_fonts="fonts-dejavu-core fonts-noto-color-emoji"
 packages_desktop="xvfb openbox dbus-daemon at-spi2-core python3 python3-pyatspi imagemagick"
 packages_lint="clang-format clang-tidy clang-tools clazy"
 packages_packaging="lintian desktop-file-utils appstream libplist-utils icnsutils clang libc++-14-dev libc++abi-14-dev debootstrap x11-utils weston qt6-wayland dpkg-dev git"
+packages_bench="libxcb1-dev binutils"
+packages_peers="chromium keepassxc qbittorrent util-linux"
 packages_test="libgtest-dev openssl chromium chromium-driver xdotool"
 
 say() { printf '\033[1m%s\033[0m\n' "$*"; }

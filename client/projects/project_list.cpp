@@ -38,6 +38,7 @@ void TarnwickClientWindow::handleInstances(const ServiceReply& reply)
     }
     projects.clear();
     const QJsonArray instances = reply.body.value("instances"_L1).toArray();
+    projects.reserve(instances.size());
     for (const auto& instance : instances) {
         projects.append(projectRecordOf(instance.toObject()));
     }

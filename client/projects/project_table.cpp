@@ -1,8 +1,11 @@
 #include "app/tarnwick_client_window.h"
 
+#include <QAbstractItemModel>
 #include <QBrush>
 #include <QColor>
 #include <QDesktopServices>
+#include <QHeaderView>
+#include <QSignalBlocker>
 #include <QTableWidget>
 #include <QTableWidgetItem>
 #include <QUrl>
@@ -11,11 +14,23 @@
 
 namespace {
 
-QBrush projectStatusBrush(const QString& status)
+/// The items share these two: a brush for each of many would be a good part of what a row costs.
+const QBrush& projectStatusBrush(const QString& status)
 {
+    static const QBrush runningBrush(QColor(0x76, 0xff, 0xa6));
+    static const QBrush otherBrush(QColor(0xf0, 0xc7, 0x9e));
     const bool running =
         status.compare("online"_L1, Qt::CaseInsensitive) == 0 || status.compare("active"_L1, Qt::CaseInsensitive) == 0;
-    return {running ? QColor(0x76, 0xff, 0xa6) : QColor(0xf0, 0xc7, 0x9e)};
+    return running ? runningBrush : otherBrush;
+}
+
+/// Whether the columns behind the first one keep to their contents.
+void projectFitColumns(const QTableWidget* table, bool fit)
+{
+    for (const int column : {1, 2, 3}) {
+        table->horizontalHeader()->setSectionResizeMode(column,
+                                                        fit ? QHeaderView::ResizeToContents : QHeaderView::Fixed);
+    }
 }
 
 } // namespace
@@ -23,6 +38,9 @@ QBrush projectStatusBrush(const QString& status)
 /// Rebuilds the table: row i shows project i, so a row number is an index into the list. Row 0 gets selected.
 void TarnwickClientWindow::fillProjectTable()
 {
+    // Selecting a row would measure the columns at once. Afterwards they are measured before they are drawn again, and
+    // in between the window can answer.
+    projectFitColumns(projectTable, false);
     projectTable->setRowCount(0);
     for (int row = 0; const InstanceRecord& project : std::as_const(projects)) {
         projectTable->insertRow(row);
@@ -31,6 +49,8 @@ void TarnwickClientWindow::fillProjectTable()
         auto* core = new QTableWidgetItem(project.core_label);
         auto* status = new QTableWidgetItem(project.status);
         status->setForeground(projectStatusBrush(project.status));
+        // Everybody has been told of the new row, and need not hear of each of its cells.
+        const QSignalBlocker quiet(projectTable->model());
         projectTable->setItem(row, 0, name);
         projectTable->setItem(row, 1, code);
         projectTable->setItem(row, 2, core);
@@ -40,6 +60,7 @@ void TarnwickClientWindow::fillProjectTable()
     if (!projects.isEmpty()) {
         projectTable->selectRow(0);
     }
+    projectFitColumns(projectTable, true);
     updateControls();
 }
 

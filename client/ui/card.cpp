@@ -1,5 +1,7 @@
 #include "ui/card.h"
 
+#include "ui/wrapped_label.h"
+
 #include <QFrame>
 #include <QLabel>
 #include <QMargins>
@@ -30,9 +32,8 @@ QLabel* newCardTitle(const QString& text)
 
 QLabel* newMutedLabel(const QString& text)
 {
-    auto* label = new QLabel(text);
+    auto* label = new WrappedLabel(text);
     label->setObjectName(QStringLiteral("MutedLabel"));
-    label->setWordWrap(true);
     return label;
 }
 

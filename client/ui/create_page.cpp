@@ -106,10 +106,13 @@ void TarnwickClientWindow::buildCreateFields()
     // A description needs no tab characters; keyboard users need a way out.
     descriptionEdit->setTabChangesFocus(true);
 
-    emojiEdit = new QLineEdit(u"🔥"_s);
+    // The text comes last: it is laid out again after each other change, and for an emoji that takes its time.
+    emojiEdit = new QLineEdit;
     emojiEdit->setMaxLength(6);
-    accentEdit = new QLineEdit(u"#ff8f1f"_s);
+    emojiEdit->setText(u"🔥"_s);
+    accentEdit = new QLineEdit;
     accentEdit->setMaxLength(16);
+    accentEdit->setText(u"#ff8f1f"_s);
     tagsEdit = new QLineEdit;
     tagsEdit->setPlaceholderText(u"hardcore, stars, cube"_s);
     tagsEdit->setMaxLength(140);

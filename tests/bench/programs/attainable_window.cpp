@@ -1,0 +1,56 @@
+// The attainable limit: the client's own widget tree, palette and style sheet, compiled from its own files, with no
+// logic behind them. No state file, no network, no logo; the buttons do nothing.
+
+#include "app/tarnwick_client_window.h"
+
+#include "api/service_host.h"
+#include "ui/theme_palette.h"
+#include "ui/theme_style_sheet.h"
+
+#include <QApplication>
+#include <QLabel>
+
+TarnwickClientWindow::TarnwickClientWindow()
+    : accountNameText(u"Not linked yet"_s),
+      planText(u"Plan: -"_s),
+      limitText(u"Limit: -"_s)
+{
+    state.origin = defaultBaseUrl();
+    setWindowTitle(u"Tarnwick Client"_s);
+    resize(1220, 860);
+    setMinimumSize(1060, 760);
+    QApplication::setPalette(themePalette());
+    buildUi();
+    qApp->setStyleSheet(themeStyleSheet.toString());
+    updateControls();
+    statusLabel->setText(u"Ready to link your Tarnwick account."_s);
+}
+
+TarnwickClientWindow::~TarnwickClientWindow() = default;
+
+void TarnwickClientWindow::closeEvent(QCloseEvent* /*event*/) {}
+
+bool TarnwickClientWindow::isBusy(TaskKind /*kind*/) const
+{
+    return false;
+}
+
+void TarnwickClientWindow::requestLinkCode() {}
+
+void TarnwickClientWindow::openPairingPage() {}
+
+void TarnwickClientWindow::refreshProjects() {}
+
+void TarnwickClientWindow::unlink() {}
+
+void TarnwickClientWindow::openSelectedProject() {}
+
+void TarnwickClientWindow::createInstance() {}
+
+int main(int argc, char** argv)
+{
+    QApplication application(argc, argv);
+    TarnwickClientWindow window;
+    window.show();
+    return QApplication::exec();
+}
