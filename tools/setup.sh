@@ -7,7 +7,7 @@ packages_lint="clang-format clang-tidy clang-tools clazy"
 packages_packaging="lintian desktop-file-utils appstream libplist-utils icnsutils clang libc++-14-dev libc++abi-14-dev debootstrap x11-utils weston qt6-wayland dpkg-dev git"
 packages_bench="libxcb1-dev binutils"
 packages_peers="chromium keepassxc qbittorrent util-linux"
-packages_test="libgtest-dev openssl chromium chromium-driver xdotool"
+packages_test="libgtest-dev libclang-rt-14-dev openssl chromium chromium-driver xdotool"
 
 say() { printf '\033[1m%s\033[0m\n' "$*"; }
 
