@@ -1,7 +1,10 @@
 """What a person would use instead: the account page in a browser, and two well-known programs of the same kind."""
 
+import contextlib
+import os
 import pathlib
 import shutil
+import signal
 import time
 
 import processes
@@ -71,6 +74,16 @@ def _installed_peers(bench, screen, address):
 
 
 def _start(bench, screen, words, home):
+    try:
+        return _measure_start(bench, screen, words, home)
+    finally:
+        # The browser's helper for crashes makes itself independent of the browser.
+        for helper in processes.naming(screen.path("browser")) + processes.naming(screen.path("peers")):
+            with contextlib.suppress(ProcessLookupError):
+                os.kill(helper, signal.SIGKILL)
+
+
+def _measure_start(bench, screen, words, home):
     with ProgramRun(bench.programs, screen, words, home) as run:
         members = _wait_until_settled(run.pid)
         memory = 0.0

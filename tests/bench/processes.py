@@ -95,6 +95,18 @@ def family(pid):
     return sorted(members)
 
 
+def naming(path):
+    """The processes that have this path in their command line."""
+    found = []
+    for name in filter(str.isdigit, os.listdir("/proc")):
+        try:
+            if os.fsencode(path) in pathlib.Path(f"/proc/{name}/cmdline").read_bytes():
+                found.append(int(name))
+        except (FileNotFoundError, ProcessLookupError):
+            continue
+    return found
+
+
 def parse_numbers(text):
     """The lines "Name:  number ..." of a text, as a dictionary."""
     numbers = {}

@@ -24,6 +24,8 @@ private Q_SLOTS:
     void initTestCase();
     void theCallIsGivenUp_data();
     void theCallIsGivenUp();
+    void aSilentHandshakeIsGivenUp_data();
+    void aSilentHandshakeIsGivenUp();
 
 private:
     std::unique_ptr<support::TlsMaterial> material;
@@ -75,6 +77,30 @@ void StalledConnectionTest::theCallIsGivenUp()
     QCOMPARE(run->arrivals(), run->expectedArrivals(outcome));
     QVERIFY(run->stillAnswers());
     QCOMPARE(run->messages(), QStringList());
+}
+
+void StalledConnectionTest::aSilentHandshakeIsGivenUp_data()
+{
+    QTest::addColumn<Call>("call");
+    const auto calls = support::allCalls();
+    for (const Call call : calls) {
+        QTest::newRow(support::callName(call)) << call;
+    }
+}
+
+void StalledConnectionTest::aSilentHandshakeIsGivenUp()
+{
+    QFETCH(Call, call);
+    support::ScriptedServer silent(support::HandshakeFault::Silence);
+    faults::FaultRun run([] { return std::make_unique<TarnwickClientWindow>(); });
+    QVERIFY(run.playAt(call, silent.origin(u"localhost"_s)));
+    QVERIFY(run.wasBusy());
+    QCOMPARE(run.seen(), run.expected({.status = 0, .errorText = u"Operation canceled"_s, .body = {}}));
+    QVERIFY(silent.connectionCount() > 0);
+    QCOMPARE(silent.httpBytesReceived(), 0);
+    QCOMPARE(run.arrivals(), QList<QByteArray>());
+    QVERIFY(run.stillAnswers());
+    QCOMPARE(run.messages(), QStringList());
 }
 
 QTEST_MAIN(StalledConnectionTest)
