@@ -55,16 +55,7 @@ QList<QWidget*> busyControlsOf(Call call, const support::WindowView& view)
     case Call::Instances:
         return {view.button(u"Refresh")};
     case Call::CreateInstance:
-        return {view.button(u"Create GDPS"),
-                view.line(u"GDPS Name"),
-                view.description(),
-                view.line(u"Emoji"),
-                view.line(u"Accent"),
-                view.line(u"Tags"),
-                view.combo(u"Core"),
-                view.combo(u"Preset"),
-                view.checkBox(u"Show this GDPS in the public recent list"),
-                view.checkBox(u"Start this GDPS in maintenance mode")};
+        return view.creationForm();
     }
     return {};
 }

@@ -39,7 +39,7 @@ def measure(bench):
             run.wait_until_idle(quiet=1.0)
         time.sleep(_SETTLING)
         before = {name: _count(run) for name, run in runs.items()}
-        time.sleep(MINUTE)
+        time.sleep(MINUTE)  # the time is what is measured
         after = {name: _count(run) for name, run in runs.items()}
     return _table({name: _difference(before[name], after[name]) for name in runs})
 

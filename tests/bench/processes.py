@@ -21,7 +21,10 @@ def processor_seconds(pid):
 
 
 def wait_until_idle(pid, quiet=0.3, share=0.02, limit=60.0):
-    """Returns when the process has used no more than that share of a processor for a while."""
+    """Returns when the process has used no more than that share of a processor for a while.
+
+    No event tells that, and a share is always one of some time.
+    """
     end = time.monotonic() + limit
     while time.monotonic() < end:
         before, since = processor_seconds(pid), time.monotonic()

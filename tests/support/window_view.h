@@ -39,6 +39,21 @@ public:
     QComboBox* combo(QStringView labelText) const { return field<QComboBox>(labelText); }
     QPlainTextEdit* description() const { return root.findChild<QPlainTextEdit*>(); }
 
+    /// What a GDPS is described and created with, in reading order.
+    QList<QWidget*> creationForm() const
+    {
+        return {line(u"GDPS Name"),
+                description(),
+                line(u"Emoji"),
+                line(u"Accent"),
+                line(u"Tags"),
+                combo(u"Core"),
+                combo(u"Preset"),
+                checkBox(u"Show this GDPS in the public recent list"),
+                checkBox(u"Start this GDPS in maintenance mode"),
+                button(u"Create GDPS")};
+    }
+
     /// The one sentence in the status card.
     QString status() const { return label(QStringLiteral("StatusText"))->text(); }
     /// The linked account's name, plan and limit, as the card shows them.

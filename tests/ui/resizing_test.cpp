@@ -70,19 +70,6 @@ private:
     {
         return qobject_cast<QScrollArea*>(run.view().tabs()->widget(index));
     }
-    static QList<QWidget*> formFields(const support::WindowView& view)
-    {
-        return {view.line(u"GDPS Name"),
-                view.description(),
-                view.line(u"Emoji"),
-                view.line(u"Accent"),
-                view.line(u"Tags"),
-                view.combo(u"Core"),
-                view.combo(u"Preset"),
-                view.checkBox(u"Show this GDPS in the public recent list"),
-                view.checkBox(u"Start this GDPS in maintenance mode"),
-                view.button(u"Create GDPS")};
-    }
     static void addSizes()
     {
         QTest::addColumn<QSize>("size");
@@ -230,7 +217,7 @@ void ResizingTest::noFieldIsSqueezed()
     QVERIFY(showAt(run, size));
     const QWidget* inside = page(run, 1)->widget();
     int bottom = 0;
-    const auto fields = formFields(run.view());
+    const auto fields = run.view().creationForm();
     for (const QWidget* field : fields) {
         const int wanted = field == run.view().description() ? 84 : field->sizeHint().height();
         QVERIFY2(field->height() == wanted, field->metaObject()->className());
