@@ -43,6 +43,9 @@ public:
         return size;
     }
 
+    /// Forgets what it has measured, so that no text outlives its row.
+    void forget() { sizes.clear(); }
+
 private:
     static QString shortened(const QVariant& value) { return value.toString().left(mostCharacters); }
 

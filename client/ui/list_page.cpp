@@ -2,6 +2,7 @@
 #include "ui/card.h"
 #include "ui/cell_delegate.h"
 
+#include <QAbstractItemModel>
 #include <QFrame>
 #include <QHeaderView>
 #include <QLabel>
@@ -49,7 +50,9 @@ void TarnwickClientWindow::buildProjectTable()
     projectTable->setSelectionMode(QAbstractItemView::SingleSelection);
     projectTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
     projectTable->setAlternatingRowColors(true);
-    projectTable->setItemDelegate(new CellDelegate(projectTable));
+    auto* cells = new CellDelegate(projectTable);
+    projectTable->setItemDelegate(cells);
+    connect(projectTable->model(), &QAbstractItemModel::rowsRemoved, cells, &CellDelegate::forget);
     projectTable->verticalHeader()->hide();
 
     QHeaderView* header = projectTable->horizontalHeader();
