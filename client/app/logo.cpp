@@ -4,7 +4,6 @@
 #include <QIcon>
 #include <QLabel>
 #include <QPixmap>
-#include <QPixmapCache>
 
 #include <array>
 #include <filesystem>
@@ -80,6 +79,4 @@ void TarnwickClientWindow::loadLogo()
     fitted.setDevicePixelRatio(density);
     logoLabel->setPixmap(fitted);
     setWindowIcon(QIcon(path));
-    // Nobody reads the file again, and its picture in full size would be kept for a while.
-    QPixmapCache::clear();
 }

@@ -1,4 +1,4 @@
-// Makes the icons of every system from the logo's image. It needs nothing that the client does not need
+// Makes the icons of every system from an image of the emblem. It needs nothing that the client does not need
 // already, and the same image always gives the same bytes.
 
 #include "icns_file.h"

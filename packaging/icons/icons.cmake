@@ -1,4 +1,4 @@
-# make_icon(FILE WORDS...) makes one icon from the logo's image: make_icon(x.png png 16), make_icon(x.icns icns).
+# make_icon(FILE WORDS...) makes one icon from the emblem: make_icon(x.png png 16), make_icon(x.icns icns).
 include_guard(GLOBAL)
 include("${CMAKE_CURRENT_LIST_DIR}/../../cmake/LintUnits.cmake")
 find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui)
@@ -10,7 +10,7 @@ add_lint_unit(icon_maker
     LIBRARIES tarnwick_flags Qt6::Core Qt6::Gui)
 
 function(make_icon file)
-    set(image "${CMAKE_CURRENT_FUNCTION_LIST_DIR}/../../tarnwick/static/tarnwick-logo.png")
+    set(image "${CMAKE_CURRENT_FUNCTION_LIST_DIR}/tarnwick-icon.png")
     add_custom_command(
         OUTPUT "${file}"
         COMMAND icon_maker "${image}" ${ARGN} "${file}"
