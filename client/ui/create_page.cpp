@@ -1,6 +1,7 @@
 #include "app/tarnwick_client_window.h"
 #include "ui/card.h"
 
+#include <QAbstractItemView>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFrame>
@@ -31,6 +32,13 @@ QLabel* newCreateLabel(const QString& text, QWidget* field)
     auto* label = new QLabel(text);
     label->setBuddy(field);
     return label;
+}
+
+/// The same for a field with choices. Their list takes the focus while it is open, and gets the same name.
+QLabel* newCreateLabel(const QString& text, QComboBox* field)
+{
+    field->view()->setAccessibleName(text);
+    return newCreateLabel(text, static_cast<QWidget*>(field));
 }
 
 } // namespace

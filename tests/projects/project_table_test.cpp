@@ -3,6 +3,7 @@
 
 #include <QBrush>
 #include <QColor>
+#include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QObject>
 #include <QRegularExpression>
@@ -31,6 +32,7 @@ private Q_SLOTS:
     void theButtonFollowsAFillThatChangesNoSelection();
     void theTableIsNeverSorted();
     void aShorterListDropsTheOldRows();
+    void theColumnsKeepToTheirContentsAfterEveryFill();
 
 private:
     using Run = support::ClientRun<TarnwickClientWindow>;
@@ -197,6 +199,36 @@ void ProjectTableTest::aShorterListDropsTheOldRows()
     QTRY_COMPARE(run.view().status(), u"Loaded 1 Tarnwick project(s)."_s);
     QCOMPARE(run.view().table()->rowCount(), 1);
     QCOMPARE(run.view().row(0), (QStringList{QString(), u"d"_s, QString(), u"active"_s}));
+}
+
+void ProjectTableTest::theColumnsKeepToTheirContentsAfterEveryFill()
+{
+    Run run;
+    run.server.reply(callPath(Call::Instances), listOf(R"({"slug":"short"})"));
+    QVERIFY(run.startSignedIn());
+    const QHeaderView* header = run.view().table()->horizontalHeader();
+    const auto keepsToContents = [header] {
+        return header->sectionResizeMode(0) == QHeaderView::Stretch &&
+               header->sectionResizeMode(1) == QHeaderView::ResizeToContents &&
+               header->sectionResizeMode(2) == QHeaderView::ResizeToContents &&
+               header->sectionResizeMode(3) == QHeaderView::ResizeToContents;
+    };
+    QVERIFY(keepsToContents());
+
+    run.window().show();
+    const int narrow = header->sectionSize(1);
+    run.server.reply(callPath(Call::Instances), listOf(R"({"slug":"as-long-as-a-code-can-be-in-a-column"})"));
+    run.view().button(u"Refresh")->click();
+    QTRY_VERIFY(header->sectionSize(1) > narrow);
+    QVERIFY(keepsToContents());
+
+    run.server.reply(callPath(Call::Instances), listOf(""));
+    run.view().button(u"Refresh")->click();
+    QTRY_COMPARE(run.view().table()->rowCount(), 0);
+    QVERIFY(keepsToContents());
+
+    run.view().button(u"Unlink")->click();
+    QVERIFY(keepsToContents());
 }
 
 QTEST_MAIN(ProjectTableTest)

@@ -1,11 +1,13 @@
 #include "app/tarnwick_client_window.h"
 #include "support/client_run.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QFocusFrame>
 #include <QObject>
 #include <QRegularExpression>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QTabBar>
 #include <QTest>
 
@@ -29,6 +31,7 @@ private Q_SLOTS:
     void arrowKeysSwitchThePages();
     void spacePressesTheFocusedControl();
     void theFocusedFieldIsScrolledIntoView();
+    void aClickedButtonThatDisablesItselfDoesNotScrollItsPage();
     void aFrameMarksTheFocusedControl();
 
 private:
@@ -39,8 +42,8 @@ private:
         run.window().show();
         return QTest::qWaitForWindowActive(&run.window());
     }
-    /// What a person calls the control: its label, else its own name, else what is written on it.
-    static QString nameOf(const QWidget* control)
+    /// What a person calls the control: its label, else the name that a screen reader is told.
+    static QString nameOf(QWidget* control)
     {
         const auto labels = control->window()->findChildren<QLabel*>();
         for (const QLabel* label : labels) {
@@ -48,8 +51,7 @@ private:
                 return label->text();
             }
         }
-        const auto* button = qobject_cast<const QAbstractButton*>(control);
-        return button != nullptr ? button->text() : control->accessibleName();
+        return QAccessible::queryAccessibleInterface(control)->text(QAccessible::Name);
     }
     /// The names of the widgets that the key visits, starting with the focused one, until it comes round.
     static QStringList visitedWith(Qt::Key key)
@@ -67,12 +69,13 @@ private:
     {
         const QStringList link{u"Tarnwick URL"_s, u"Link code"_s, u"Generate Link Code"_s,
                                u"Open Public Pairing Page"_s};
-        return linked ? link + QStringList{u"Refresh"_s, u"Unlink"_s, u"Sections"_s}
-                      : link + QStringList{u"Sections"_s};
+        return linked ? link + QStringList{u"Refresh"_s, u"Unlink"_s} : link;
     }
+    /// The tabs are called by the current one.
     static QStringList namesOfTheForm()
     {
-        return {u"GDPS Name"_s,
+        return {u"Create GDPS"_s,
+                u"GDPS Name"_s,
                 u"Description"_s,
                 u"Emoji"_s,
                 u"Accent"_s,
@@ -91,12 +94,15 @@ void KeyboardTest::tabVisitsEveryControlInReadingOrder_data()
     QTest::addColumn<int>("page");
     QTest::addColumn<QStringList>("names");
     QTest::newRow("linked, list") << true << 0
-                                  << namesBeforeThePages(true) +
-                                         QStringList{u"Tarnwick projects"_s, u"Open Selected Project"_s};
+                                  << namesBeforeThePages(true) + QStringList{u"Your GDPS List"_s,
+                                                                             u"Tarnwick projects"_s,
+                                                                             u"Open Selected Project"_s};
     QTest::newRow("linked, form") << true << 1 << namesBeforeThePages(true) + namesOfTheForm();
     // What is disabled is passed over.
-    QTest::newRow("unlinked, list") << false << 0 << namesBeforeThePages(false) + QStringList{u"Tarnwick projects"_s};
-    QTest::newRow("unlinked, form") << false << 1 << namesBeforeThePages(false);
+    QTest::newRow("unlinked, list") << false << 0
+                                    << namesBeforeThePages(false) +
+                                           QStringList{u"Your GDPS List"_s, u"Tarnwick projects"_s};
+    QTest::newRow("unlinked, form") << false << 1 << namesBeforeThePages(false) + QStringList{u"Create GDPS"_s};
 }
 
 void KeyboardTest::tabVisitsEveryControlInReadingOrder()
@@ -210,6 +216,28 @@ void KeyboardTest::theFocusedFieldIsScrolledIntoView()
         QVERIFY(QApplication::focusWidget() != before);
         QVERIFY2(isInView(QApplication::focusWidget()), qPrintable(nameOf(QApplication::focusWidget())));
     }
+}
+
+void KeyboardTest::aClickedButtonThatDisablesItselfDoesNotScrollItsPage()
+{
+    Run run;
+    QVERIFY(run.startSignedIn());
+    run.server.reply(callPath(Call::CreateInstance), Reply::never());
+    run.view().line(u"GDPS Name")->setText(u"Neon"_s);
+    run.view().tabs()->setCurrentIndex(1);
+    QVERIFY(showActive(run));
+    run.window().resize(1060, 760);
+    const auto* area = qobject_cast<QScrollArea*>(run.view().tabs()->widget(1));
+    QScrollBar* bar = area->verticalScrollBar();
+    QTRY_VERIFY(bar->maximum() > 0);
+    bar->setValue(bar->maximum());
+
+    QPushButton* create = run.view().button(u"Create GDPS");
+    QTest::mouseClick(create, Qt::LeftButton);
+
+    QVERIFY(!create->isEnabled());
+    QVERIFY(QApplication::focusWidget() != create);
+    QCOMPARE(bar->value(), bar->maximum());
 }
 
 void KeyboardTest::aFrameMarksTheFocusedControl()
