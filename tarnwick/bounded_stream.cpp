@@ -43,7 +43,8 @@ ssize_t BoundedStream::write(const char* data, std::size_t size)
     if (!waitFor(POLLOUT)) {
         return -1;
     }
-    return ::send(m_socket, data, size, MSG_NOSIGNAL);
+    // As much as fits at once: with a visitor who does not read, waiting for the rest would outlast the limit.
+    return ::send(m_socket, data, size, MSG_NOSIGNAL | MSG_DONTWAIT);
 }
 
 void BoundedStream::get_remote_ip_and_port(std::string& /*ip*/, int& /*port*/) const {}

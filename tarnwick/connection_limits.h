@@ -10,7 +10,7 @@ struct ConnectionLimits
 {
     // Without a byte, before the request or within it.
     std::chrono::milliseconds silence{5000};
-    // From the first byte to the last one of the reply.
+    // From the moment that a thread takes the connection to the last byte of the reply.
     std::chrono::milliseconds whole{15000};
     std::size_t headBytes = std::size_t{64} * 1024;
     std::size_t allBytes = std::size_t{8} * 1024 * 1024;

@@ -1,10 +1,13 @@
-// Visitors who send a byte now and then, or headers without end: each is sent away, and the others are served.
+// Visitors who send a byte now and then, nothing any more, or headers without end: each is sent away, and the others
+// are served.
 #include "raw_connection.h"
 #include "service_under_test.h"
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace tarnwick::testing {
@@ -67,6 +70,67 @@ TEST_F(SlowVisitors, WhoeverWaitsForAThreadGetsOne)
     }
 
     EXPECT_EQ(statusOf(m_service.get("/")), 200);
+}
+
+class SilentVisitors : public ::testing::Test
+{
+protected:
+    static constexpr auto mostSilence = std::chrono::milliseconds(1000);
+
+    static ConnectionLimits shortSilence()
+    {
+        ConnectionLimits limits;
+        limits.silence = mostSilence;
+        limits.whole = std::chrono::minutes(5);
+        return limits;
+    }
+
+    // Sends the beginning of a request and no more. True when that comes to an end, and not before its time.
+    bool isSentAway(const std::string& beginning) const
+    {
+        constexpr int patienceMs = 4500; // less than the usual limit of silence
+        const auto start = std::chrono::steady_clock::now();
+        const RawConnection connection(m_service.port());
+        return connection.send(beginning) && connection.endsWithin(patienceMs) &&
+               std::chrono::steady_clock::now() - start >= mostSilence;
+    }
+
+    ServiceUnderTest m_service{":memory:", shortSilence()};
+};
+
+TEST_F(SilentVisitors, AreSentAwayWhereverTheyStop)
+{
+    EXPECT_TRUE(isSentAway(""));
+    EXPECT_TRUE(isSentAway("GET / HTTP/1.1\r\nHost: local"));
+    EXPECT_TRUE(isSentAway("POST /api/pc/link/start HTTP/1.1\r\nHost: localhost\r\nContent-Length: 19\r\n"
+                           "Content-Type: application/x-www-form-urlencoded\r\n\r\ndevice_id="));
+    EXPECT_EQ(statusOf(m_service.get("/")), 200);
+}
+
+TEST_F(SilentVisitors, WhoeverSendsAByteInTimeIsServed)
+{
+    const RawConnection connection(m_service.port());
+    ASSERT_TRUE(connection.send("GET / HTTP/1.1\r\nHost: localhost\r\nX-Slow: "));
+    const auto start = std::chrono::steady_clock::now();
+    while (std::chrono::steady_clock::now() - start < mostSilence * 3 / 2) {
+        constexpr int pauseMs = 20;
+        ASSERT_FALSE(connection.endsWithin(pauseMs));
+        ASSERT_TRUE(connection.send("x"));
+    }
+    ASSERT_TRUE(connection.send("\r\n\r\n"));
+
+    EXPECT_TRUE(connection.receiveAll().starts_with("HTTP/1.1 200 "));
+}
+
+// What the notes on security promise.
+TEST(ConnectionLimits, AreTheStatedOnes)
+{
+    const tarnwick::ConnectionLimits limits;
+
+    EXPECT_EQ(limits.silence, std::chrono::seconds(5));
+    EXPECT_EQ(limits.whole, std::chrono::seconds(15));
+    EXPECT_EQ(limits.headBytes, std::size_t{64} * 1024);
+    EXPECT_EQ(limits.allBytes, std::size_t{8} * 1024 * 1024);
 }
 
 TEST(ManyHeaders, AreCutOff)
