@@ -99,7 +99,8 @@ void FirstUseTest::approve(const QUrl& pairingPage, const QString& code)
     form.addQueryItem(u"code"_s, code);
     form.addQueryItem(u"decision"_s, u"approve"_s);
     const QString answer = visitor.submit(pairingPage.adjusted(QUrl::RemoveQuery), form);
-    QVERIFY2(answer.contains(u"Desktop approved"), qPrintable(answer));
+    // The page that follows is fetched after the decision; the desktop may have been quicker to ask for it.
+    QVERIFY2(answer.contains(u"Desktop approved") || answer.contains(u"Desktop linked"), qPrintable(answer));
 }
 
 void FirstUseTest::aNewDesktopIsPairedListsCreatesAndIsUnlinked()

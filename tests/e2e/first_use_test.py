@@ -1,6 +1,7 @@
 """A first use, from no state at all to unlinked again, with a real browser."""
 
 import os
+import re
 import unittest
 
 from harness.scenario import Scenario
@@ -27,8 +28,11 @@ class FirstUse(Scenario):
         self.assertFalse(os.path.exists(self.client.state_file))
         self.window = self.client.start()
         self.window.wait_for_status("Ready to link your Tarnwick account.")
-        self.assertIn("Not linked yet", self.window.texts())
+        texts = self.window.texts()
+        self.assertIn("Not linked yet", texts)
         self.assertEqual(self.window.field("Link code").text(), "")
+        host = next(match[1] for match in map(re.compile(r"approve it at (.*)/link/pc\.").search, texts) if match)
+        self.assertEqual(self.window.field("Tarnwick URL").text(), "https://" + host)
         self.window.field("Tarnwick URL").set_text(self.service.address)
 
     def generate_a_code(self):
@@ -42,12 +46,12 @@ class FirstUse(Scenario):
 
     def approve_it_in_the_browser(self):
         self.window.press("Open Public Pairing Page")
-        self.browser.open(self.desktop.opened.next())
+        self.browser.follow_desktop()
         self.assertEqual(self.browser.heading(), "Approve this desktop?")
         self.assertEqual(self.browser.value("Link code"), self.code)
         self.assertIn(self.device, self.browser.content())
         self.browser.press("Approve")
-        self.browser.wait_for_heading("Desktop approved")
+        self.browser.wait_for_approval()
 
     def see_account_cores_and_projects(self):
         self.window.wait_for_status("Loaded 2 Tarnwick project(s).")
@@ -59,7 +63,7 @@ class FirstUse(Scenario):
 
     def open_a_project_in_the_browser(self):
         self.window.press("Open Selected Project")
-        self.browser.open(self.desktop.opened.next())
+        self.browser.follow_desktop()
         self.assertEqual(self.browser.heading(), "Neon Burst")
         self.assertEqual(self.browser.address(), self.service.address + "/gdps/neon-burst/manage")
 
@@ -77,7 +81,8 @@ class FirstUse(Scenario):
         self.browser.open(self.service.address)
         self.browser.press("Sunset Arcade")
         self.browser.wait_for_heading("Sunset Arcade")
-        self.assertIn("Listing\nShown in the public recent list", self.browser.content())
+        for text in ("🌅", "Listing\nShown in the public recent list"):
+            self.assertIn(text, self.browser.content())
 
     def start_again_and_be_still_linked(self):
         self.window = self.start_again("Loaded 3 Tarnwick project(s).")
@@ -89,7 +94,9 @@ class FirstUse(Scenario):
         self.window.press("Unlink")
         self.window.wait_for_status("Tarnwick desktop client unlinked.")
         self.assertEqual(self.window.table().rows(), [])
-        self.assertIn("Not linked yet", self.window.texts())
+        for text in ("Not linked yet", "Plan: -", "Limit: -"):
+            self.assertIn(text, self.window.texts())
+        self.assertEqual(self.window.field("Core").choices(), ["No cores available"])
         self.assertFalse(self.window.button("Refresh").enabled())
 
     def start_again_and_be_unlinked(self):

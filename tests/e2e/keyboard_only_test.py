@@ -4,6 +4,7 @@ import os
 import unittest
 
 from harness.focus_walker import FocusWalker
+from harness.reading_order import reading_order
 from harness.scenario import Scenario
 from harness.waiting import wait_until
 from harness.web_browser import SPACE, TAB
@@ -22,21 +23,55 @@ class KeyboardOnly(Scenario):
     needs_browser = True
 
     def test_tab_visits_every_control_in_reading_order_and_shift_tab_goes_back(self):
-        walker = FocusWalker(self.start_linked(), self.keyboard)
-        self.expect_round_trip(walker, [*LINK_CARD, *ACCOUNT_CARD, *LIST_PAGE, "Open Selected Project"])
-        walker.go_to("Your GDPS List")
-        self.keyboard.press("Right")
-        walker.go_to("Tarnwick URL")
+        self.walk_in(self.start_linked())
         # The page's tab and the form's button bear the same name, so the walk stops twice at it.
-        self.expect_round_trip(walker, [*LINK_CARD, *ACCOUNT_CARD, "Create GDPS", *CREATE_FORM])
+        self.expect_round_trips([*LINK_CARD, *ACCOUNT_CARD, *LIST_PAGE, "Open Selected Project"],
+                                [*LINK_CARD, *ACCOUNT_CARD, "Create GDPS", *CREATE_FORM])
 
     def test_tab_passes_over_what_an_unlinked_desktop_cannot_use(self):
-        walker = FocusWalker(self.start_unlinked(), self.keyboard)
-        self.expect_round_trip(walker, [*LINK_CARD, *LIST_PAGE])
-        walker.go_to("Your GDPS List")
+        self.walk_in(self.start_unlinked())
+        self.expect_round_trips([*LINK_CARD, *LIST_PAGE], [*LINK_CARD, "Create GDPS"])
+
+    def test_tab_goes_the_same_way_while_a_code_is_shown(self):
+        self.walk_in(self.start_unlinked())
+        self.walker.go_to("Generate Link Code")
+        self.keyboard.press("space")
+        wait_until(lambda: self.window.field("Link code").text(), "a link code")
+        self.walker.go_to("Tarnwick URL")
+        self.expect_round_trips([*LINK_CARD, *LIST_PAGE], [*LINK_CARD, "Create GDPS"])
+
+    def test_tab_leaves_the_tabs_the_table_and_the_description_whatever_was_done_there(self):
+        self.walk_in(self.start_linked())
+        self.walker.go_to("Tarnwick projects")
+        self.keyboard.press("Down", "Right", "Right")
+        self.expect_way_out(("page tab list", "Your GDPS List"), ("table", "Tarnwick projects"),
+                            ("push button", "Open Selected Project"))
+        self.walker.go_to("Your GDPS List", "shift+Tab")
+        self.walker.switch_page("Right", "Create GDPS")
         self.keyboard.press("Right")
-        walker.go_to("Tarnwick URL")
-        self.expect_round_trip(walker, [*LINK_CARD, "Create GDPS"])
+        self.walker.switch_page("Left", "Your GDPS List")
+        self.walker.switch_page("Right", "Create GDPS")
+        self.expect_way_out(("push button", "Unlink"), ("page tab list", "Create GDPS"), ("text", "GDPS Name"))
+        self.walker.go_to("Description")
+        self.keyboard.type("One")
+        self.keyboard.press("Return")
+        self.keyboard.type("Two")
+        self.keyboard.press("Up")
+        self.expect_way_out(("text", "GDPS Name"), ("text", "Description"), ("text", "Emoji"))
+        self.assertEqual(self.window.field("Description").text(), "One\nTwo")
+
+    def test_an_open_list_of_choices_gives_the_focus_back(self):
+        self.walk_in(self.start_linked())
+        self.walker.go_to("Your GDPS List")
+        self.walker.switch_page("Right", "Create GDPS")
+        self.walker.go_to("Core")
+        # Escape leaves the choice as it was; Tab neither chooses nor gets lost.
+        for leave, choice in (("Escape", "GDPS 2.2"), ("Return", "GDPS 2.1")):
+            self.keyboard.press("space")
+            wait_until(lambda: self.window.focused().role == "list", "an open list")
+            self.keyboard.press("Down", "Tab", leave)
+            self.expect_way_out(("text", "Tags"), ("combo box", "Core"), ("combo box", "Preset"))
+            self.assertEqual(self.window.field("Core").name, choice)
 
     def test_a_first_use_needs_no_mouse(self):
         self.start_without_any_state()
@@ -51,14 +86,32 @@ class KeyboardOnly(Scenario):
         self.close_window()
         self.start_again_and_be_unlinked()
 
-    def expect_round_trip(self, walker, stops):
-        self.assertEqual(walker.here(), ("text", stops[0]))
-        self.assertEqual(walker.round_trip("Tab"), stops)
-        self.assertEqual(walker.round_trip("shift+Tab"), [stops[0], *reversed(stops[1:])])
+    def walk_in(self, window):
+        self.window = window
+        self.walker = FocusWalker(window, self.keyboard)
+
+    def expect_round_trips(self, list_stops, form_stops):
+        """Through the window with the one page, and with the other."""
+        self.expect_round_trip(list_stops)
+        self.walker.go_to("Your GDPS List")
+        self.walker.switch_page("Right", "Create GDPS")
+        self.walker.go_to("Tarnwick URL")
+        self.expect_round_trip(form_stops)
+
+    def expect_round_trip(self, stops):
+        self.assertEqual(titles(reading_order(self.window.frame)), stops)
+        self.assertEqual(self.walker.here(), ("text", stops[0]))
+        self.assertEqual(titles(self.walker.round_trip("Tab")), stops)
+        self.assertEqual(titles(self.walker.round_trip("shift+Tab")), [stops[0], *reversed(stops[1:])])
+
+    def expect_way_out(self, before, here, behind):
+        """From where the focus is, forwards, back and backwards."""
+        wait_until(lambda: self.walker.here() == here, f"the focus on {here}")
+        for key, stop in (("Tab", behind), ("shift+Tab", here), ("shift+Tab", before), ("Tab", here)):
+            self.assertEqual(self.walker.move(key), stop)
 
     def start(self, status):
-        self.window = self.start_again(status)
-        self.walker = FocusWalker(self.window, self.keyboard)
+        self.walk_in(self.start_again(status))
 
     def start_without_any_state(self):
         self.assertFalse(os.path.exists(self.client.state_file))
@@ -78,7 +131,7 @@ class KeyboardOnly(Scenario):
     def approve_it_in_the_browser(self):
         self.walker.go_to("Open Public Pairing Page")
         self.keyboard.press("space")
-        self.browser.open(self.desktop.opened.next())
+        self.browser.follow_desktop()
         self.assertEqual(self.browser.heading(), "Approve this desktop?")
         self.assertEqual(self.browser.value("Link code"), self.code)
         passed = []
@@ -87,7 +140,7 @@ class KeyboardOnly(Scenario):
             self.browser.press_key(TAB)
             passed.append(self.browser.focused())
         self.browser.press_key(SPACE)
-        self.browser.wait_for_heading("Desktop approved")
+        self.browser.wait_for_approval()
 
     def see_account_cores_and_projects(self):
         self.window.wait_for_status("Loaded 2 Tarnwick project(s).")
@@ -106,13 +159,13 @@ class KeyboardOnly(Scenario):
         self.keyboard.press("Down")
         self.walker.go_to("Open Selected Project")
         self.keyboard.press("space")
-        self.browser.open(self.desktop.opened.next())
+        self.browser.follow_desktop()
         self.assertEqual(self.browser.heading(), "Cube Garden")
         self.assertEqual(self.browser.address(), self.service.address + "/gdps/cube-garden/manage")
 
     def create_a_gdps_named_after_what_was_copied(self):
         self.walker.go_to("Your GDPS List", "shift+Tab")
-        self.keyboard.press("Right")
+        self.walker.switch_page("Right", "Create GDPS")
         self.fill_in_the_form()
         self.assertEqual(self.walker.move(), ("push button", "Create GDPS"))
         self.keyboard.press("space")
@@ -128,6 +181,9 @@ class KeyboardOnly(Scenario):
         wait_until(lambda: self.window.field("GDPS Name").text() == self.code, "the copied code in the name field")
         self.walker.go_to("Description")
         self.keyboard.type("Made by hand")
+        self.walker.go_to("Emoji")
+        self.keyboard.press("ctrl+a")
+        self.keyboard.type("<3")
         self.walker.go_to("Accent")
         self.keyboard.press("ctrl+a")
         self.keyboard.type("#76c95b")
@@ -147,7 +203,7 @@ class KeyboardOnly(Scenario):
         self.assertIn(self.code, self.browser.content())
         self.browser.open(f"{self.service.address}/gdps/{slug}/manage")
         self.assertEqual(self.browser.heading(), self.code)
-        for text in ("Preset\nhardcore", "Accent\n#76c95b", "Listing\nNot listed"):
+        for text in ("<3", "Preset\nhardcore", "Accent\n#76c95b", "Listing\nNot listed"):
             self.assertIn(text, self.browser.content())
         self.browser.open(f"{self.service.address}/gdps/{slug}")
         for text in ("Made by hand", "short", "weekly"):
@@ -173,6 +229,10 @@ class KeyboardOnly(Scenario):
         self.assertIn("Not linked yet", self.window.texts())
         self.close_window()
         self.assertEqual(self.client.state(), {"origin": self.service.address, "device_id": self.device})
+
+
+def titles(controls):
+    return [control.title() for control in controls]
 
 
 if __name__ == "__main__":

@@ -29,7 +29,7 @@ class PairingRefused(Scenario):
         window.press("Generate Link Code")
         code = wait_until(lambda: window.field("Link code").text(), "a link code")
         window.press("Open Public Pairing Page")
-        self.browser.open(self.desktop.opened.next())
+        self.browser.follow_desktop()
         self.assertEqual(self.browser.value("Link code"), code)
         window.wait_for_status(lambda text: text.startswith("Waiting for approval."))
         return window, code

@@ -37,7 +37,7 @@ class VisibleFocus(Scenario):
 
     def test_the_link_code_shows_that_it_has_the_focus_while_there_is_no_code(self):
         self.open(self.start_unlinked(), USUAL_SIZE)
-        self.expect_mark(Screenshot(self.desktop))
+        self.expect_mark(wait_for_stillness(self.desktop, self.window.status))
         self.assertEqual(self.walker.here()[1], "Link code")
 
     def test_the_list_page_scrolls_to_the_control_that_gets_the_focus_and_shows_it(self):
@@ -61,11 +61,34 @@ class VisibleFocus(Scenario):
         wait_until(lambda: takes_focus(description), "the focus on the description")
         self.assertEqual(description.extents(), before)
 
+    def test_the_table_shows_which_cell_the_keyboard_is_on(self):
+        self.open(self.start_linked(), WHOLE_PAGE)
+        self.walker.go_to("Tarnwick projects")
+        upper, lower = [[cell.extents() for cell in row] for row in self.window.table().cells()]
+        start = wait_for_stillness(self.desktop, self.window.status)
+        right = self.expect_mark_to_move(start, "Right", upper[:2], upper[2:] + lower)
+        # The texts of a row that gets or loses the selection move a little, too.
+        below = self.expect_mark_to_move(right, "Down", [upper[1], lower[1]], [])
+        self.expect_mark_to_move(below, "Tab", [lower[1]], [lower[0], *lower[2:], *upper])
+
+    def test_an_open_list_of_choices_shows_which_line_is_the_current_one(self):
+        self.open(self.start_linked(), WHOLE_PAGE, "Create GDPS")
+        for label in ("Core", "Preset"):
+            self.walker.go_to(label)
+            self.keyboard.press("space")
+            lines = wait_until(lambda: self.open_lines(), f"the open list of {label}")
+            first = wait_for_stillness(self.desktop, self.window.status)
+            second = self.expect_mark_to_move(first, "Down", lines[:2], lines[2:])
+            last = self.expect_mark_to_move(second, "Down", lines[1:], lines[:1])
+            self.expect_mark_to_move(last, "Home", [lines[0], lines[2]], [lines[1]])
+            self.keyboard.press("Escape")
+            wait_until(lambda: self.walker.here()[0] == "combo box", f"the list of {label} to close")
+
     def open(self, window, size, tab=None):
         self.window = window
         if size != USUAL_SIZE:
             resize_window(self.desktop, *size)
-        self.assertEqual(window.frame.extents(), (0, 0, *size))
+        wait_until(lambda: window.frame.extents() == (0, 0, *size), f"a window of {size} that knows of it")
         if tab:
             window.open_tab(tab)
             wait_until(lambda: "showing" in window.field("Tags").states(), "the form")
@@ -73,7 +96,7 @@ class VisibleFocus(Scenario):
         self.assertEqual(self.walker.here(), ("text", "Tarnwick URL"))
 
     def expect_marks(self, stops):
-        before = Screenshot(self.desktop)
+        before = wait_for_stillness(self.desktop, self.window.status)
         for _stop in range(stops):
             before = self.expect_mark(before)
         self.assertEqual(self.walker.here(), ("text", "Tarnwick URL"))
@@ -85,7 +108,7 @@ class VisibleFocus(Scenario):
 
         def marked():
             now = Screenshot(self.desktop)
-            return now if self.is_mark(control, before, now) else None
+            return now if self.is_mark(control.extents(), before, now) else None
 
         return wait_until(marked, f"a visible focus on '{control.title()}'", limit=5)
 
@@ -106,11 +129,9 @@ class VisibleFocus(Scenario):
 
     def expect_mark_here(self, control):
         focused = wait_for_stillness(self.desktop, self.window.status)
-        elsewhere = self.window.button(ELSEWHERE)
-        elsewhere.take_focus()
-        wait_until(lambda: takes_focus(elsewhere), "the focus elsewhere")
-        unfocused = wait_for_stillness(self.desktop, self.window.status)
-        self.assertTrue(self.is_mark(control, unfocused, focused), f"{control} does not show its focus.")
+        self.window.button(ELSEWHERE).take_focus()
+        wait_until(lambda: self.is_mark(control.extents(), focused, Screenshot(self.desktop)),
+                   f"{control} to show whether it has the focus", limit=5)
 
     def return_to_the_last_of(self, passed, key):
         """Lists and tables cannot be told to take the focus: from the control before them it is one key press."""
@@ -131,11 +152,28 @@ class VisibleFocus(Scenario):
         _left, top, _width, height = control.extents()
         return tabs_top + tabs_height <= top - MARK and top + height + MARK <= USUAL_SIZE[1] - BORDER
 
-    def is_mark(self, control, before, now):
-        left, top, width, height = control.extents()
-        left, top = max(left - MARGIN, 0), max(top - MARGIN, 0)
-        box = left, top, min(width + 2 * MARGIN, self.width - left), min(height + 2 * MARGIN, self.height - top)
-        return contrasting_pixels(before, now, box, CONTRAST) >= 2 * width
+    def expect_mark_to_move(self, before, key, changed, unchanged):
+        """Presses the key, and expects these boxes to get or to lose a mark, and those to look as before."""
+        self.keyboard.press(key)
+        wait_until(lambda: all(self.is_mark(box, before, Screenshot(self.desktop), margin=0) for box in changed),
+                   f"a visible mark that moves with {key}", limit=5)
+        now = wait_for_stillness(self.desktop, self.window.status)
+        self.assertEqual([box for box in unchanged if contrasting_pixels(before, now, box, CONTRAST)], [])
+        return now
+
+    def open_lines(self):
+        """The boxes of the lines of the list that is open, as much of each as is shown; none while no list is open."""
+        lines = self.window.focused()
+        left, _top, width, _height = lines.extents()
+        return lines.role == "list" and [(left, line.extents()[1], width, line.extents()[3])
+                                         for line in lines.children()]
+
+    def is_mark(self, box, before, now, margin=MARGIN):
+        """Whether at least as much differs there as a line of two pixels along the box's edge."""
+        left, top, width, height = box
+        left, top = max(left - margin, 0), max(top - margin, 0)
+        around = left, top, min(width + 2 * margin, self.width - left), min(height + 2 * margin, self.height - top)
+        return contrasting_pixels(before, now, around, CONTRAST) >= 2 * width
 
 
 if __name__ == "__main__":

@@ -170,7 +170,7 @@ class OnACleanMachine(unittest.TestCase):
         window = run("xprop", "-root", "_NET_ACTIVE_WINDOW", env=environment).split()[-1]
         said = run("xprop", "-id", window, "-notype", "-f", "_NET_WM_ICON", "32c", "=$0,$1\\n", "_NET_WM_ICON",
                    env=environment)
-        self.assertEqual(said, "_NET_WM_ICON=512,512\n")
+        self.assertEqual(said, "_NET_WM_ICON=256,256\n")
 
 
 if __name__ == "__main__":

@@ -8,7 +8,7 @@ import re
 import struct
 import unittest
 
-from packaging_support import LOGO, REPOSITORY, WORK, empty_folder, main, needs, product, run, use_e2e_harness
+from packaging_support import ICON, LOGO, REPOSITORY, WORK, empty_folder, main, needs, product, run, use_e2e_harness
 
 use_e2e_harness()
 
@@ -68,7 +68,7 @@ class Bundle(unittest.TestCase):
         run("icns2png", "-x", "-o", self.folder, self.contents / "Resources" / "Tarnwick.icns")
         for size in (16, 32, 256, 512):
             wanted = self.folder / f"wanted-{size}.png"
-            run(self.build / "client" / "icon_maker", LOGO, "png", size, wanted)
+            run(self.build / "client" / "icon_maker", ICON, "png", size, wanted)
             given = self.folder / f"Tarnwick_{size}x{size}x32.png"
             # Colours do not count where nothing is seen of them.
             run("compare", "-metric", "AE", "-background", "black", "-alpha", "background", given, wanted, "null:")
@@ -101,7 +101,7 @@ class Bundle(unittest.TestCase):
                 return re.findall(r"0x[0-9a-f]+", printed)
             icon = run("xprop", "-id", wait_until(window, "the client's window")[0], "-notype", "-f", "_NET_WM_ICON",
                        "32c", "=$0,$1\\n", "_NET_WM_ICON", env=desktop.environment)
-            self.assertEqual(icon, "_NET_WM_ICON=512,512\n")
+            self.assertEqual(icon, "_NET_WM_ICON=256,256\n")
 
     def test_the_client_built_by_itself_is_a_bundle_with_the_logo_too(self):
         build = self.folder / "client" / "build"

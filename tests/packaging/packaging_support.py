@@ -14,6 +14,7 @@ WORK = pathlib.Path(os.environ.get("TARNWICK_PACKAGING_WORK", REPOSITORY / "buil
 CLONE = WORK / "clone"
 PACKAGE_BUILD = CLONE / "build" / "package"
 LOGO = REPOSITORY / "tarnwick" / "static" / "tarnwick-logo.png"
+ICON = REPOSITORY / "packaging" / "icons" / "tarnwick-icon.png"
 
 # The exit code that ctest reads as "skipped".
 SKIPPED = 77

@@ -50,7 +50,7 @@ class WindowIdentity(unittest.TestCase):
         self.start(QT_QPA_PLATFORM="xcb")
         printed = self.property(self.window(), "-notype", "-f", "_NET_WM_ICON", "32c", "=$0+", "_NET_WM_ICON")
         width, height, *pixels = (int(number) & 0xffffffff for number in re.findall(r"-?\d+", printed))
-        self.assertEqual((width, height, len(pixels)), (512, 512, 512 * 512))
+        self.assertEqual((width, height, len(pixels)), (256, 256, 256 * 256))
         wanted = subprocess.run(["convert", LOGO, "-depth", "8", "RGBA:-"], capture_output=True, check=True).stdout
         different = sum(_unlike(pixel, wanted[4 * place:4 * place + 4]) for place, pixel in enumerate(pixels))
         self.assertLess(different, 0.001 * len(pixels))

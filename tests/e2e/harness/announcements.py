@@ -15,15 +15,13 @@ class Announcements:
         self._heard = []
         self._listener = Atspi.EventListener.new(self._take_note)
         self._listener.register("object:property-change:accessible-name")
+        # When the program has answered once more, it knows that somebody listens.
+        label.states()
 
     def next(self):
         """Waits for the next change, and returns the text that was heard with it."""
         wait_until(lambda: self._heard, "an announcement")
         return self._heard.pop(0)
-
-    def rest(self):
-        """What has been heard and was not taken."""
-        return list(self._heard)
 
     def _take_note(self, event):
         if unless_gone(lambda: event.source.path) == self._path:

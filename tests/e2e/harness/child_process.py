@@ -1,15 +1,15 @@
 """Processes that the tests start, and that never outlive them."""
 
 import atexit
-import ctypes
 import os
 import signal
 import subprocess
 
 from harness.waiting import wait_until
 
-PR_SET_PDEATHSIG = 1
-_libc = ctypes.CDLL(None)
+# Whatever happens to the test, the program ends with it.
+_WITH_PARENT = ("setpriv", "--pdeathsig", "KILL")
+
 _running = []
 
 
@@ -21,8 +21,8 @@ class ChildProcess:
         self.output = output
         with open(output, "wb") as sink:
             self._process = subprocess.Popen(
-                arguments, stdin=subprocess.DEVNULL, stdout=sink, stderr=subprocess.STDOUT, env=environment, cwd=folder,
-                pass_fds=pass_fds, process_group=0, preexec_fn=_end_with_parent)
+                [*_WITH_PARENT, *arguments], stdin=subprocess.DEVNULL, stdout=sink, stderr=subprocess.STDOUT,
+                env=environment, cwd=folder, pass_fds=pass_fds, process_group=0)
         self.pid = self._process.pid
         _running.append(self)
 
@@ -60,7 +60,7 @@ class ChildProcess:
             self._process.wait(timeout=5)
         except subprocess.TimeoutExpired:
             self._process.kill()
-            self._process.wait()
+            self._process.wait(timeout=5)
         self._forget()
 
     def _forget(self):
@@ -72,8 +72,19 @@ class ChildProcess:
             _running.remove(self)
 
 
-def _end_with_parent():
-    _libc.prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
+def processes_that_know(text):
+    """The numbers of all processes, whoever started them, whose command line or environment contains the text."""
+    numbers = [name for name in os.listdir("/proc") if name.isdigit() and int(name) != os.getpid()]
+    return [int(number) for number in numbers
+            if any(text.encode() in _read_of(number, about) for about in ("cmdline", "environ"))]
+
+
+def _read_of(number, about):
+    try:
+        with open(f"/proc/{number}/{about}", "rb") as source:
+            return source.read()
+    except OSError:  # it ended, or is somebody else's
+        return b""
 
 
 def end_all():

@@ -98,15 +98,19 @@ class Control:
 
     def rows(self):
         """The texts of a table, row by row."""
+        return [[cell.name for cell in row] for row in self.cells()]
+
+    def cells(self):
+        """The cells of a table, row by row."""
         self._forget()
         columns = range(self.accessible.get_n_columns())
-        return [[self._cell_text(row, column) for column in columns] for row in range(self.accessible.get_n_rows())]
+        return [[self._cell(row, column) for column in columns] for row in range(self.accessible.get_n_rows())]
 
-    def _cell_text(self, row, column):
+    def _cell(self, row, column):
         cell = self.accessible.get_accessible_at(row, column)
         if cell is None:
             raise NotThere("the table is just being filled")
-        return cell.get_name()
+        return Control(cell)
 
     def __repr__(self):
         try:

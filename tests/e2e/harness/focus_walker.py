@@ -32,14 +32,14 @@ class FocusWalker:
         return wait_until(lambda: self._elsewhere(before), f"the focus to leave {before} after {key}")
 
     def round_trip(self, key="Tab"):
-        """The titles of all stops, from here until the focus is back."""
-        stops = [self.here()]
+        """All stops, from here until the focus is back."""
+        start = self.here()
+        stops = [self.control()]
         while len(stops) < _MOST_STOPS:
-            stop = self.move(key)
-            if stop == stops[0]:
-                return [title for _role, title in stops]
-            stops.append(stop)
-        raise AssertionError(f"{key} does not lead back to {stops[0]}: {stops}")
+            if self.move(key) == start:
+                return stops
+            stops.append(self.control())
+        raise AssertionError(f"{key} does not lead back to {start}: {stops}")
 
     def go_to(self, title, key="Tab"):
         """Presses the key until the control of that title has the focus."""
@@ -48,6 +48,11 @@ class FocusWalker:
             if len(passed) > _MOST_STOPS:
                 raise AssertionError(f"{key} does not lead to '{title}': {passed}")
             passed.append(self.move(key))
+
+    def switch_page(self, key, title):
+        """Presses an arrow key on the tabs, and waits until the page of that title is the current one."""
+        self._keyboard.press(key)
+        wait_until(lambda: self._place() == ("page tab list", title), f"the page '{title}' after {key}")
 
     def _place(self):
         control = self._focused()

@@ -7,8 +7,9 @@ EMOJI_FAMILY = "Noto Color Emoji"
 
 TEXT_FILE = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"
 BOLD_FILE = "/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf"
+EMOJI_FILE = "/usr/share/fonts/truetype/noto/NotoColorEmoji.ttf"
 
-_FILES = (TEXT_FILE, BOLD_FILE, "/usr/share/fonts/truetype/noto/NotoColorEmoji.ttf")
+_ALL_FILES = TEXT_FILE, BOLD_FILE, EMOJI_FILE
 
 # Hinting and smoothing are pinned too, so that letters look the same on every machine.
 _CONFIGURATION = """<?xml version="1.0"?>
@@ -35,13 +36,14 @@ _CONFIGURATION = """<?xml version="1.0"?>
 """
 
 
-def write_font_configuration(folder):
-    """Writes the configuration into the folder and returns its path."""
-    missing = [name for name in _FILES if not os.path.exists(name)]
+def write_font_configuration(folder, files=_ALL_FILES):
+    """Writes a configuration with these fonts into the folder, which is made if need be, and returns its path."""
+    missing = [name for name in files if not os.path.exists(name)]
     if missing:
         raise FileNotFoundError("Install fonts-dejavu-core and fonts-noto-color-emoji; missing: " + ", ".join(missing))
+    os.makedirs(folder, exist_ok=True)
     path = os.path.join(folder, "fonts.conf")
-    accepted = "\n    ".join(f"<acceptfont><glob>{name}</glob></acceptfont>" for name in _FILES)
+    accepted = "\n    ".join(f"<acceptfont><glob>{name}</glob></acceptfont>" for name in files)
     with open(path, "w", encoding="utf-8") as target:
         target.write(_CONFIGURATION.format(cache=os.path.join(folder, "font-cache"), accepted=accepted,
                                            text=TEXT_FAMILY, emoji=EMOJI_FAMILY))

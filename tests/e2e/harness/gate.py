@@ -3,6 +3,8 @@
 import collections
 import http.client
 import http.server
+import json
+import queue
 import threading
 import urllib.parse
 
@@ -13,22 +15,33 @@ _PASSED_ON = ("Authorization", "Content-Type")
 
 
 class Gate:
-    """Holds every request until the test lets one through to its path, and then passes on the service's answer."""
+    """Holds every request until the test says what becomes of one to its path: a request that waits already, or the
+    next one that comes.
+    """
 
     def __init__(self, service):
         self._server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), _Handler)
         self._server.daemon_threads = True
         self._server.block_on_close = False
         self._server.service = urllib.parse.urlsplit(service).netloc
-        self._server.passes = collections.defaultdict(lambda: threading.Semaphore(0))
+        self._server.verdicts = collections.defaultdict(queue.SimpleQueue)
         self._server.closed = False
         self._thread = threading.Thread(target=self._server.serve_forever, kwargs={"poll_interval": 0.05}, daemon=True)
         self._thread.start()
         self.address = f"http://127.0.0.1:{self._server.server_port}"
 
     def let_through(self, path):
-        """One request, which waits already or comes later."""
-        self._server.passes[path].release()
+        """The service answers."""
+        self._server.verdicts[path].put(_Handler.ask)
+
+    def answer(self, path, status, values):
+        """The service never hears of it: the answer is this status with these values as JSON."""
+        reply = status, "application/json", json.dumps(values).encode()
+        self._server.verdicts[path].put(lambda _handler, _body: reply)
+
+    def hang_up(self, path):
+        """The connection ends without an answer."""
+        self._server.verdicts[path].put(lambda _handler, _body: None)
 
     def close(self):
         """From now on nobody answers, not even the requests that wait: as when a service goes away."""
@@ -37,38 +50,46 @@ class Gate:
         self._server.shutdown()
         self._server.server_close()
         self._server.closed = True
-        for path in list(self._server.passes):
-            self.let_through(path)
+        for path in list(self._server.verdicts):
+            self.hang_up(path)
 
 
 class _Handler(http.server.BaseHTTPRequestHandler):
     def do_GET(self):
-        self._pass_on()
+        self._wait_and_reply()
 
     def do_POST(self):
-        self._pass_on()
+        self._wait_and_reply()
 
     def log_message(self, format, *arguments):
         pass
 
-    def _pass_on(self):
-        body = self.rfile.read(int(self.headers.get("Content-Length", 0)))
-        let_through = self.server.passes[urllib.parse.urlsplit(self.path).path].acquire(timeout=_LIMIT)
-        if not let_through or self.server.closed:
-            return
-        status, headers, content = self._ask(body)
-        self.send_response(status)
-        for name, value in headers:
-            self.send_header(name, value)
-        self.end_headers()
-        self.wfile.write(content)
-
-    def _ask(self, body):
+    def ask(self, body):
+        """Status, type and content of the service's answer."""
         service = http.client.HTTPConnection(self.server.service, timeout=_LIMIT)
         try:
             headers = {name: self.headers[name] for name in _PASSED_ON if name in self.headers}
             service.request(self.command, self.path, body or None, headers)
             answer = service.getresponse()
-            return answer.status, [("Content-Type", answer.headers["Content-Type"])], answer.read()
+            return answer.status, answer.headers["Content-Type"], answer.read()
         finally:
             service.close()
+
+    def _wait_and_reply(self):
+        body = self.rfile.read(int(self.headers.get("Content-Length", 0)))
+        verdicts = self.server.verdicts[urllib.parse.urlsplit(self.path).path]
+        # Whoever closes the gate sees the verdicts of this path, or this request sees that it is closed.
+        if self.server.closed:
+            return
+        try:
+            verdict = verdicts.get(timeout=_LIMIT)
+        except queue.Empty:
+            return
+        reply = verdict(self, body)
+        if reply is None:
+            return
+        status, kind, content = reply
+        self.send_response(status)
+        self.send_header("Content-Type", kind)
+        self.end_headers()
+        self.wfile.write(content)

@@ -6,12 +6,13 @@ import sys
 import types
 import unittest
 
+from harness.child_process import processes_that_know
 from harness.client_process import ClientProcess
 from harness.keyboard import Keyboard
 from harness.page_visitor import PageVisitor
 from harness.service_process import ServiceProcess
 from harness.virtual_desktop import VirtualDesktop
-from harness.waiting import leaving_an_account
+from harness.waiting import leaving_an_account, wait_until
 from harness.web_browser import WebBrowser
 
 DEVICE = "e2e-desktop"
@@ -22,6 +23,7 @@ class Scenario(unittest.TestCase):
 
     width, height = 1280, 1000
     needs_browser = False
+    failures = None  # the folder for pictures of failures, if it is not the usual one
 
     def __init__(self, method):
         super().__init__(method)
@@ -30,7 +32,8 @@ class Scenario(unittest.TestCase):
 
     @classmethod
     def setUpClass(cls):
-        cls.desktop = VirtualDesktop(cls.width, cls.height)
+        cls.desktop = VirtualDesktop(cls.width, cls.height, failures=cls.failures)
+        cls.addClassCleanup(_expect_nothing_left, cls.desktop.folder)
         cls.addClassCleanup(cls.desktop.close)
         cls.keyboard = Keyboard(cls.desktop)
         if cls.needs_browser:
@@ -81,15 +84,19 @@ class Scenario(unittest.TestCase):
 
     def _end_client(self, client):
         """No client outlives its test, and none that a test leaves open may end otherwise than by its user."""
-        if not client.started():
-            return
         try:
-            if self._failed:
-                self.assertEqual((client.exit_code(), client.printed()), (None, ""))
-            else:
-                self._close(client)
+            with leaving_an_account():
+                self._expect_good_end(client)
         finally:
             client.kill()
+
+    def _expect_good_end(self, client):
+        if not client.left_open():
+            return
+        if self._failed:
+            self.assertEqual((client.exit_code(), client.printed()), (None, ""))
+        else:
+            self._close(client)
 
 
 def _watched(method):
@@ -100,6 +107,11 @@ def _watched(method):
             method()
         scenario._failed = False
     return watched
+
+
+def _expect_nothing_left(folder):
+    """Each process that was started on a desktop knows the desktop's folder by its environment."""
+    wait_until(lambda: not processes_that_know(folder), f"the end of everything that was started on {folder}", limit=10)
 
 
 def _program(variable):

@@ -48,14 +48,18 @@ class Screenshot:
             colours[number::3] = kept[2 - number::4]
         return bytes(colours)
 
+    def part(self, box):
+        """The bytes of a box, line by line."""
+        left, top, width, height = box
+        return b"".join(self.row(left, line, width) for line in range(top, top + height))
+
     def save(self, path, size=None):
         """Saves the screen as a PNG file, or as much of it as the size says from its upper left corner."""
         width, height = size or (self._width, self._height)
-        colours = b"".join(self.row(0, line, width) for line in range(height))
         # Without dates and other extras, the same screen always gives the same file.
         subprocess.run(["convert", "-size", f"{width}x{height}", "-depth", "8", "rgb:-", "-strip",
                         "-define", "png:exclude-chunks=date,time", "-define", "png:color-type=2", path],
-                       input=colours, check=True, timeout=60, capture_output=True)
+                       input=self.part((0, 0, width, height)), check=True, timeout=60, capture_output=True)
 
     def lines_of_text(self, box):
         """The lines of text in a box, as they are drawn; all counts start at the box's upper left corner."""
@@ -86,7 +90,12 @@ def wait_for_stillness(desktop, ask):
         now = Screenshot(desktop)
         if now != last:
             last, since = now, time.monotonic()
-        return last if time.monotonic() - since > _STILL else None
+        if time.monotonic() - since < _STILL:
+            return None
+        # The screen may be too busy, too: once it has answered, it has drawn what it had been told before.
+        subprocess.run(["xdotool", "getmouselocation"], env=desktop.environment, check=True, timeout=30,
+                       capture_output=True)
+        return last if Screenshot(desktop) == last else None
 
     return wait_until(still, "a screen on which nothing moves")
 
@@ -116,17 +125,20 @@ def _luminance(colour):
 
 def _reach_of_text(row):
     """From which pixel up to which there is text in a row; None when there is none."""
-    inked = [at for at in _bright_pixels(row) if _is_text(row[at * 3:at * 3 + 3])]
-    return (inked[0], inked[-1] + 1) if inked else None
+    # Most pixels have no bright part, and are passed over quickly.
+    bright = row.translate(_BRIGHT)
+    first = bright.find(1)
+    while first >= 0 and not _is_text(row, first // 3):
+        first = bright.find(1, first // 3 * 3 + 3)
+    if first < 0:
+        return None
+    last = bright.rfind(1)
+    while not _is_text(row, last // 3):
+        last = bright.rfind(1, 0, last // 3 * 3)
+    return first // 3, last // 3 + 1
 
 
-def _bright_pixels(row):
-    """The numbers of the pixels that have a bright part: most have none, and are passed over quickly."""
-    bright, at = row.translate(_BRIGHT), -1
-    while (at := bright.find(1, at + 1)) >= 0:
-        yield at // 3
-
-
-def _is_text(colour):
+def _is_text(row, at):
     """Texts are bright; backgrounds are dark, and borders in between."""
+    colour = row[at * 3:at * 3 + 3]
     return max(colour) > _DARK and _luminance(colour) > 0.3

@@ -24,6 +24,7 @@ _LARGE = {
     "Linked Account": 22,
     "Your Tarnwick Projects": 22,
     "Create a New GDPS": 22,
+    "Not linked yet": 20,
     "Signed in as Robin Vale": 20,
 }
 _BOLD = ("push button", "table column header")
@@ -65,16 +66,34 @@ class ShownText(typing.NamedTuple):
 
 
 def shown_controls(window):
-    """Everything in the window that shows something now, in reading order, and the cells of its table."""
-    controls = [control for control in window.frame.descendants() if "showing" in control.states()]
-    for table in [control for control in controls if control.role == "table"]:
-        controls += [cell for cell in table.children() if "showing" in cell.states()]
-    return [control for control in controls if control.role in _BESIDE or control.role in ("image", "table")]
+    """What the window shows, in reading order: the controls of which all can be seen, and the other ones, which are
+    scrolled out of their page altogether or in part."""
+    whole, others = [], []
+    for control, in_view in _shown_inside(window.frame, window.frame.extents()):
+        if control.role in _BESIDE or control.role in ("image", "table"):
+            (whole if in_view else others).append(control)
+    return whole, others
 
 
 def shown_texts(controls):
     texts = [_shown_text(control) for control in controls if control.role in _BESIDE]
     return [text for text in texts if text.text]
+
+
+def _shown_inside(control, view):
+    """Everything shown inside, and of each whether it is all in view. Nothing reaches out of what it is inside of."""
+    for child in control.children():
+        if "showing" in child.states():
+            box = child.extents()
+            seen = _overlap(box, view)
+            yield child, seen == box
+            yield from _shown_inside(child, seen)
+
+
+def _overlap(one, other):
+    left, top = max(one[0], other[0]), max(one[1], other[1])
+    right, bottom = (min(one[at] + one[at + 2], other[at] + other[at + 2]) for at in (0, 1))
+    return left, top, max(right - left, 0), max(bottom - top, 0)
 
 
 def _shown_text(control):

@@ -64,6 +64,16 @@ class VirtualDesktop:
         """Holds the screen's pixels at any moment."""
         return self.path("screen/Xvfb_screen0")
 
+    def failure_picture(self, save):
+        """Has a picture of a failure saved, by a function that takes its path. Returns the path."""
+        if not self._failures:
+            return "no picture, since TARNWICK_E2E_FAILURES names no folder"
+        os.makedirs(self._failures, exist_ok=True)
+        self._failure_pictures += 1
+        path = os.path.join(self._failures, f"{os.getpid()}-{self._failure_pictures}.png")
+        save(path)
+        return path
+
     def close(self):
         """Ends everything that was started on the desktop."""
         end_all()
@@ -132,10 +142,4 @@ class VirtualDesktop:
         waiting.wait_until(lambda: os.path.exists(ready), "the window manager")
 
     def _report(self):
-        if not self._failures:
-            return "No picture of the screen: TARNWICK_E2E_FAILURES names no folder."
-        self._failure_pictures += 1
-        os.makedirs(self._failures, exist_ok=True)
-        picture = os.path.join(self._failures, f"{os.getpid()}-{self._failure_pictures}.png")
-        Screenshot(self).save(picture)
-        return f"The screen at that moment: {picture}"
+        return f"The screen at that moment: {self.failure_picture(lambda path: Screenshot(self).save(path))}"
