@@ -230,27 +230,29 @@ void LinkRequestTest::aNewCodeWhileLinkedKeepsTheLink()
 
 void LinkRequestTest::aFailureIsShownAndLeavesEverythingElse_data()
 {
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<Reply>("reply");
     QTest::addColumn<QString>("shown");
-    QTest::newRow("message") << 503 << QByteArray(R"({"message":"Maintenance","code":"TWPC-9"})") << u"Maintenance"_s;
-    QTest::newRow("error text") << 429 << QByteArray(R"({"error":"Slow down"})") << u"Slow down"_s;
-    QTest::newRow("status only") << 500 << QByteArray("<html></html>") << u"Tarnwick returned HTTP 500."_s;
-    QTest::newRow("unknown path") << 404 << QByteArray("{}") << u"Tarnwick returned HTTP 404."_s;
-    QTest::newRow("gone") << 410 << QByteArray("{}") << u"Tarnwick returned HTTP 410."_s;
+    QTest::newRow("message") << Reply::json(503, R"({"message":"Maintenance","code":"TWPC-9"})") << u"Maintenance"_s;
+    QTest::newRow("error text") << Reply::json(429, R"({"error":"Slow down"})") << u"Slow down"_s;
+    QTest::newRow("status only") << Reply::html(500, "<html></html>") << u"Tarnwick returned HTTP 500."_s;
+    QTest::newRow("unknown path") << Reply::json(404, "{}") << u"Tarnwick returned HTTP 404."_s;
+    QTest::newRow("gone") << Reply::json(410, "{}") << u"Tarnwick returned HTTP 410."_s;
+    // Qt has no words for what keeps it from sending a form twice.
+    QTest::newRow("closed without an answer") << Reply::closeWithoutAnswer() << u"Unknown error"_s;
+    QTest::newRow("half the headers, then a reset")
+        << Reply::raw("HTTP/1.1 200 OK\r\nContent-Type: appl").thenReset() << u"Unknown error"_s;
 }
 
 void LinkRequestTest::aFailureIsShownAndLeavesEverythingElse()
 {
-    QFETCH(int, status);
-    QFETCH(QByteArray, body);
+    QFETCH(Reply, reply);
     QFETCH(QString, shown);
     Run run;
     run.start();
     QVERIFY(run.showLinkCode(u"TWPC-1"_s, u"https://pair.example/1"_s));
     run.pollTimer()->setInterval(60000);
 
-    run.server.reply(callPath(Call::LinkStart), Reply::json(status, body));
+    run.server.reply(callPath(Call::LinkStart), reply);
     run.press(u"Generate Link Code");
     QVERIFY(QFile::remove(run.home().stateFile()));
     QTRY_COMPARE(run.view().status(), shown);

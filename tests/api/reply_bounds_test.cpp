@@ -44,7 +44,8 @@ namespace {
 
 constexpr qint64 boundsMebibyte = 1024LL * 1024;
 constexpr qint64 boundsEndless = 1024 * boundsMebibyte;
-constexpr int boundsPatienceMs = 60000;
+// A body over the bound is given up within seconds, on a busy machine too.
+constexpr int boundsPatienceMs = 30000;
 
 static_assert(requestMaxReplyBytes == 64 * boundsMebibyte);
 

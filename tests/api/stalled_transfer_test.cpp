@@ -35,6 +35,8 @@ private Q_SLOTS:
     void aStalledPollStopsPollingAndKeepsTheCode();
     void aStalledCreationKeepsTheForm();
     void aMovingTransferMayTakeLonger();
+    void aMovingTransferThatDemandsAPasswordMayNot_data();
+    void aMovingTransferThatDemandsAPasswordMayNot();
 
 private:
     bool isPolling() const { return bench->window().findChild<QTimer*>({}, Qt::FindDirectChildrenOnly)->isActive(); }
@@ -212,6 +214,26 @@ void StalledTransferTest::aMovingTransferMayTakeLonger()
                   Reply::json(200, R"({"instances":[{},{}])" + QByteArray(20, ' ') + '}').dripBody(1, 45));
     bench->bringAbout(Call::Instances);
     QTRY_COMPARE_WITH_TIMEOUT(bench->view().status(), u"Loaded 2 Tarnwick project(s)."_s, 20000);
+}
+
+void StalledTransferTest::aMovingTransferThatDemandsAPasswordMayNot_data()
+{
+    QTest::addColumn<int>("status");
+    QTest::newRow("401") << 401;
+    QTest::newRow("407") << 407;
+}
+
+void StalledTransferTest::aMovingTransferThatDemandsAPasswordMayNot()
+{
+    QFETCH(int, status);
+    QVERIFY(bench->prepare(Call::Instances));
+    // Of such a body Qt tells nothing before it has all of it. Nobody sees how large it becomes, and only the limit
+    // ends it; the body's own sentence would come after seven times the limit.
+    const QByteArray body = R"({"message":"never read"})" + QByteArray(80, ' ');
+    server->reply(callPath(Call::Instances), Reply::json(status, body).dripBody(1, 45));
+    bench->bringAbout(Call::Instances);
+    QTRY_COMPARE_WITH_TIMEOUT(bench->view().status(), stalledText, 20000);
+    QTRY_COMPARE(server->openConnectionCount(), 0);
 }
 
 QTEST_MAIN(StalledTransferTest)

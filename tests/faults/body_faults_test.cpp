@@ -55,11 +55,51 @@ QByteArray bodyFaultEveryKey(const QByteArray& value)
 /// Containers of the right type whose members have the value.
 QByteArray bodyFaultEveryInnerKey(const QByteArray& value)
 {
-    QByteArray body = R"({"user":{"display_name":?,"plan_name":?,"gdps_limit_label":?},)"
-                      R"("available_cores":[?,{"key":?,"label":"only"},{"key":"k","label":?}],)"
-                      R"("instances":[?,{"core_label":?,"display_name":?,"manage_url":?,"public_url":?,)"
-                      R"("slug":?,"status":?}]})";
+    QByteArray body =
+        R"({"user":{"display_name":?,"plan_name":?,"gdps_limit_label":?},)"
+        R"("available_cores":[?,{"key":?,"label":"only"},{"key":"k","label":?},{"key":"whole","label":"Whole"}],)"
+        R"("instances":[?,{"core_label":?,"display_name":?,"manage_url":?,"public_url":?,)"
+        R"("slug":?,"status":?}]})";
     return body.replace('?', value);
+}
+
+/// An object that is odd, and what has to be read of it.
+struct OddObject
+{
+    const char* name;
+    QByteArray bytes;
+    QJsonObject read;
+};
+
+QJsonObject bodyFaultMessage(const QString& text)
+{
+    return {{u"message"_s, text}};
+}
+
+QByteArray bodyFaultManyKeys()
+{
+    QByteArray body = "{";
+    for (int key = 0; key < 100000; ++key) {
+        body += "\"k" + QByteArray::number(key) + "\":1,";
+    }
+    return body + R"("message":"the last"})";
+}
+
+QList<OddObject> bodyFaultOddObjects()
+{
+    return {
+        {"a byte-order mark", "\xef\xbb\xbf{\"message\":\"marked\"}", bodyFaultMessage(u"marked"_s)},
+        {"blanks around it", " \n{\"message\":\"blanks\"}\r\n ", bodyFaultMessage(u"blanks"_s)},
+        {"a key twice", R"({"message":"first","message":"second"})", bodyFaultMessage(u"second"_s)},
+        {"half a surrogate pair",
+         R"({"message":"half \ud83d of it","code":"\udd25"})",
+         {{u"message"_s, u"half "_s + QChar(0xd83d) + u" of it"_s}, {u"code"_s, QString(QChar(0xdd25))}}},
+        {"every escape", R"({"message":"\u0000\u0007\b\f\n\r\t\"\\\/"})",
+         bodyFaultMessage(QString(QChar(0)) + u"\a\b\f\n\r\t\"\\/"_s)},
+        {"a key without a name", R"({"":"nothing","message":"named"})", bodyFaultMessage(u"named"_s)},
+        {"an empty object", "{}", {}},
+        {"a hundred thousand keys", bodyFaultManyKeys(), bodyFaultMessage(u"the last"_s)},
+    };
 }
 
 } // namespace
@@ -84,7 +124,7 @@ void BodyFaultsTest::checkRow(Call call, int status, const QByteArray& body, con
     QVERIFY(run->play(call, Reply::json(status, body)));
     QVERIFY(run->wasBusy());
     QCOMPARE(run->seen(), run->expected(outcome));
-    QCOMPARE(run->arrivals(), run->expectedArrivals(outcome));
+    QCOMPARE(run->arrivals(outcome), run->expectedArrivals(outcome));
     QVERIFY(run->stillAnswers());
     QCOMPARE(run->messages(), QStringList());
 }
@@ -128,20 +168,17 @@ void BodyFaultsTest::anOddObjectIsReadForWhatItHas_data()
     QTest::addColumn<Call>("call");
     QTest::addColumn<int>("status");
     QTest::addColumn<QByteArray>("body");
-    addRows("a byte-order mark", "\xef\xbb\xbf{\"message\":\"marked\"}");
-    addRows("blanks around it", " \n{\"message\":\"blanks\"}\r\n ");
-    addRows("a key twice", R"({"message":"first","message":"second"})");
-    addRows("half a surrogate pair", R"({"message":"half \ud83d of it","code":"\udd25"})");
-    addRows("every escape", R"({"message":"\u0000\u0007\b\f\n\r\t\"\\\/"})");
-    addRows("a key without a name", R"({"":"nothing","message":"named"})");
-    addRows("an empty object", "{}");
-    addRows("a hundred thousand keys", [] {
-        QByteArray body = "{";
-        for (int key = 0; key < 100000; ++key) {
-            body += "\"k" + QByteArray::number(key) + "\":1,";
+    QTest::addColumn<QJsonObject>("read");
+    const auto calls = support::allCalls();
+    const auto bodies = bodyFaultOddObjects();
+    for (const Call call : calls) {
+        for (const OddObject& odd : bodies) {
+            for (const int status : {200, 502}) {
+                QTest::addRow("%s, %d: %s", support::callName(call), status, odd.name)
+                    << call << status << odd.bytes << odd.read;
+            }
         }
-        return body + R"("message":"the last"})";
-    }());
+    }
 }
 
 void BodyFaultsTest::anOddObjectIsReadForWhatItHas()
@@ -149,9 +186,8 @@ void BodyFaultsTest::anOddObjectIsReadForWhatItHas()
     QFETCH(Call, call);
     QFETCH(int, status);
     QFETCH(QByteArray, body);
-    const QJsonDocument document = QJsonDocument::fromJson(body);
-    QVERIFY(document.isObject());
-    checkRow(call, status, body, document.object());
+    QFETCH(QJsonObject, read);
+    checkRow(call, status, body, read);
 }
 
 void BodyFaultsTest::aValueOfTheWrongTypeCountsAsNone_data()

@@ -1,128 +1,80 @@
 #include "client_sight.h"
 
-#include <QJsonArray>
+#include <QJsonObject>
 #include <QTimer>
 
-using support::Call;
+#include <utility>
+
 using Qt::StringLiterals::operator""_s;
 
 namespace faults {
 
 namespace {
 
-const QStringList& signedOutAccount()
+/// The fields and buttons of the creation form, in the order of WindowView::creationForm().
+const QStringList& formControls()
 {
-    static const QStringList texts = {u"Not linked yet"_s, u"Plan: -"_s, u"Limit: -"_s};
-    return texts;
-}
-
-/// The buttons of a client that waits for nothing.
-QStringList idleButtons(bool linked, int rows)
-{
-    QStringList names = {u"Generate Link Code"_s, u"Open Public Pairing Page"_s};
-    if (linked) {
-        names << u"Refresh"_s << u"Unlink"_s;
-        if (rows > 0) {
-            names << u"Open Selected Project"_s;
-        }
-        names << u"Create GDPS"_s;
-    }
+    static const QStringList names = {
+        u"GDPS Name"_s, u"Description"_s, u"Emoji"_s,           u"Accent"_s,          u"Tags"_s,
+        u"Core"_s,      u"Preset"_s,      u"public list box"_s, u"maintenance box"_s, u"Create GDPS"_s};
     return names;
 }
 
-QString publicHostText()
+QList<std::pair<QString, const QWidget*>> controlsOf(const support::WindowView& view)
 {
-    return QStringLiteral(TARNWICK_PUBLIC_HOST);
-}
-
-void finishLinkStart(ClientSight& sight, const FaultOutcome& outcome)
-{
-    if (!outcome.errorText.isEmpty()) {
-        return;
+    QList<std::pair<QString, const QWidget*>> controls;
+    for (const QString& name : {u"Tarnwick URL"_s, u"Link code"_s}) {
+        controls.append({name, view.line(name)});
     }
-    sight.code = outcome.body.value(u"code"_s).toString();
-    sight.polls = !sight.code.isEmpty();
-    sight.status =
-        u"Code "_s + sight.code + u" is ready. Approve it at "_s + publicHostText() + u"/link/pc before it expires."_s;
-}
-
-/// An approval here brings no token: the session check that follows one is the next call.
-void finishLinkPoll(ClientSight& sight, const FaultOutcome& outcome)
-{
-    sight.polls = outcome.status == 202;
-    if (!outcome.errorText.isEmpty()) {
-        if (outcome.status == 404 || outcome.status == 410) {
-            sight.code.clear();
-        }
-        return;
+    controls.append({u"pages"_s, view.tabs()});
+    controls.append({u"projects"_s, view.table()});
+    for (const QString& name : {u"Generate Link Code"_s, u"Open Public Pairing Page"_s, u"Refresh"_s, u"Unlink"_s,
+                                u"Open Selected Project"_s}) {
+        controls.append({name, view.button(name)});
     }
-    sight.status = outcome.body.value(u"message"_s)
-                       .toString(sight.polls ? u"Waiting for approval at "_s + publicHostText() + u"/link/pc."_s
-                                             : u"Tarnwick desktop client linked."_s);
-}
-
-QStringList coresIn(const QJsonObject& body)
-{
-    QStringList labels;
-    const QJsonArray cores = body.value(u"available_cores"_s).toArray();
-    for (const auto& element : cores) {
-        const QJsonObject core = element.toObject();
-        const QString key = core.value(u"key"_s).toString();
-        if (!key.isEmpty()) {
-            labels.append(core.value(u"label"_s).toString(key));
-        }
+    const auto form = view.creationForm();
+    for (qsizetype index = 0; index < form.size(); ++index) {
+        controls.append({formControls().at(index), form.at(index)});
     }
-    return labels;
-}
-
-void finishSession(ClientSight& sight, const FaultOutcome& outcome)
-{
-    sight = ClientSight{};
-    sight.status = outcome.errorText;
-    sight.account = signedOutAccount();
-    sight.cores = QStringList{u"No cores available"_s};
-    if (outcome.errorText.isEmpty()) {
-        const QJsonObject user = outcome.body.value(u"user"_s).toObject();
-        sight.account = QStringList{u"Signed in as "_s + user.value(u"display_name"_s).toString(u"Tarnwick user"_s),
-                                    u"Plan: "_s + user.value(u"plan_name"_s).toString(u"Free"_s),
-                                    u"Limit: "_s + user.value(u"gdps_limit_label"_s).toString(u"-"_s)};
-        const QStringList offered = coresIn(outcome.body);
-        sight.cores = offered.isEmpty() ? sight.cores : offered;
-        sight.rows = 1;
-        sight.savedToken = u"token-1"_s;
-        sight.status = u"Loaded 1 Tarnwick project(s)."_s;
-    }
-}
-
-void finishInstances(ClientSight& sight, const FaultOutcome& outcome)
-{
-    if (outcome.errorText.isEmpty()) {
-        sight.rows = static_cast<int>(outcome.body.value(u"instances"_s).toArray().size());
-        sight.status = u"Loaded %1 Tarnwick project(s)."_s.arg(sight.rows);
-    }
-}
-
-void finishCreation(ClientSight& sight, const FaultOutcome& outcome)
-{
-    if (outcome.errorText.isEmpty()) {
-        sight.formName.clear();
-        sight.status = u"Loaded 1 Tarnwick project(s)."_s;
-    }
+    return controls;
 }
 
 } // namespace
 
 QStringList ClientSight::words() const
 {
-    return {u"status: "_s + status,
-            u"code: "_s + code,
-            polls ? u"polls"_s : u"does not poll"_s,
-            u"account: "_s + account.join(u" / "_s),
-            u"cores: "_s + cores.join(u" / "_s),
-            u"rows: %1"_s.arg(rows),
-            u"enabled: "_s + enabledButtons.join(u" / "_s),
-            u"name in the form: "_s + formName,
-            u"saved token: "_s + savedToken};
+    return QStringList{u"status: "_s + status,
+                       u"URL: "_s + url,
+                       u"code: "_s + code,
+                       polls ? u"polls"_s : u"does not poll"_s,
+                       u"account: "_s + account.join(u" / "_s),
+                       u"cores: "_s + cores.join(u" / "_s),
+                       u"rows: %1"_s.arg(rows),
+                       u"first row: "_s + firstRow.join(u" / "_s),
+                       u"enabled: "_s + enabledControls.join(u" / "_s),
+                       u"saved origin: "_s + savedOrigin,
+                       u"saved device: "_s + savedDevice,
+                       u"saved token: "_s + savedToken} +
+           form.words();
+}
+
+QStringList idleControls(bool linked, int rows)
+{
+    QStringList names = {u"Tarnwick URL"_s, u"Link code"_s,          u"pages"_s,
+                         u"projects"_s,     u"Generate Link Code"_s, u"Open Public Pairing Page"_s};
+    if (linked) {
+        names << u"Refresh"_s << u"Unlink"_s;
+        if (rows > 0) {
+            names << u"Open Selected Project"_s;
+        }
+        names << formControls();
+    }
+    return names;
+}
+
+QString coreLine(const QString& label, const QString& key)
+{
+    return key.isEmpty() ? label : label + u" = "_s + key;
 }
 
 ClientSight sightOf(support::ServiceBench& bench)
@@ -130,54 +82,28 @@ ClientSight sightOf(support::ServiceBench& bench)
     const support::WindowView view = bench.view();
     ClientSight sight;
     sight.status = view.status();
+    sight.url = view.line(u"Tarnwick URL")->text();
     sight.code = view.line(u"Link code")->text();
     sight.polls = bench.window().findChild<QTimer*>(QString(), Qt::FindDirectChildrenOnly)->isActive();
     sight.account = view.account();
     const QComboBox* cores = view.combo(u"Core");
     for (int index = 0; index < cores->count(); ++index) {
-        sight.cores.append(cores->itemText(index));
+        sight.cores.append(coreLine(cores->itemText(index), cores->itemData(index).toString()));
     }
     sight.rows = view.table()->rowCount();
-    const QStringList names = idleButtons(true, 1);
-    for (const QString& name : names) {
-        if (view.button(name)->isEnabled()) {
-            sight.enabledButtons.append(name);
+    sight.firstRow = sight.rows > 0 ? view.row(0) : QStringList();
+    const auto controls = controlsOf(view);
+    for (const auto& [name, control] : controls) {
+        if (control->isEnabled()) {
+            sight.enabledControls.append(name);
         }
     }
-    sight.formName = view.line(u"GDPS Name")->text();
-    sight.savedToken = bench.home().stateObject().value(u"access_token"_s).toString();
+    sight.form = support::creationFormIn(view);
+    const QJsonObject saved = bench.home().stateObject();
+    sight.savedOrigin = saved.value(u"origin"_s).toString();
+    sight.savedDevice = saved.value(u"device_id"_s).toString();
+    sight.savedToken = saved.value(u"access_token"_s).toString();
     return sight;
-}
-
-ClientSight sightAfter(Call call, const FaultOutcome& outcome, const ClientSight& before)
-{
-    ClientSight sight = before;
-    sight.status = outcome.errorText;
-    switch (call) {
-    case Call::LinkStart:
-        finishLinkStart(sight, outcome);
-        break;
-    case Call::LinkPoll:
-        finishLinkPoll(sight, outcome);
-        break;
-    case Call::Session:
-        finishSession(sight, outcome);
-        break;
-    case Call::Instances:
-        finishInstances(sight, outcome);
-        break;
-    case Call::CreateInstance:
-        finishCreation(sight, outcome);
-        break;
-    }
-    sight.enabledButtons = idleButtons(!sight.savedToken.isEmpty(), sight.rows);
-    return sight;
-}
-
-QList<QByteArray> followUpsOf(Call call, const FaultOutcome& outcome)
-{
-    const bool fetches = call == Call::Session || call == Call::CreateInstance;
-    return fetches && outcome.errorText.isEmpty() ? QList<QByteArray>{callPath(Call::Instances)} : QList<QByteArray>{};
 }
 
 } // namespace faults

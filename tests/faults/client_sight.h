@@ -1,8 +1,8 @@
 #pragma once
 
+#include "support/creation_form.h"
 #include "support/service_bench.h"
 
-#include <QJsonObject>
 #include <QString>
 #include <QStringList>
 
@@ -12,38 +12,32 @@ namespace faults {
 struct ClientSight
 {
     QString status;
+    QString url;
     QString code;
     bool polls = false;
     QStringList account;
+    /// Label and key of each.
     QStringList cores;
     int rows = 0;
-    QStringList enabledButtons;
-    QString formName;
+    /// The texts of its cells.
+    QStringList firstRow;
+    QStringList enabledControls;
+    support::CreationForm form;
+    QString savedOrigin;
+    QString savedDevice;
     QString savedToken;
 
     /// One line for each; two lists compared show the first line that differs.
     QStringList words() const;
 };
 
-/// How the service, or the network, has dealt with a request.
-struct FaultOutcome
-{
-    /// HTTP status; 0 when there was none.
-    int status = 200;
-    /// Empty when the request counts as a success.
-    QString errorText;
-    /// What counts as the reply's object.
-    QJsonObject body;
-};
+/// The names of what is enabled in a client that waits for nothing and has that many projects.
+QStringList idleControls(bool linked, int rows);
+
+/// A core as the sight has it.
+QString coreLine(const QString& label, const QString& key);
 
 /// What the window shows now.
 ClientSight sightOf(support::ServiceBench& bench);
-
-/// What the window has to show once the call has ended like that. Before is what it showed before the call; the other
-/// calls are answered as the bench does.
-ClientSight sightAfter(support::Call call, const FaultOutcome& outcome, const ClientSight& before);
-
-/// The paths of the requests that follow a call by themselves.
-QList<QByteArray> followUpsOf(support::Call call, const FaultOutcome& outcome);
 
 } // namespace faults

@@ -1,5 +1,7 @@
 #include "connection_rows.h"
 
+#include "gzipped.h"
+
 #include <QJsonArray>
 #include <QJsonObject>
 
@@ -32,10 +34,21 @@ Reply half(int status)
     return whole(status).cutBodyAfter(20);
 }
 
-Reply packed(const QByteArray& content)
+Reply deflated(const QByteArray& content)
 {
     // The first four bytes are Qt's own.
     return Reply::json(200, qCompress(content, 9).mid(4)).header("Content-Encoding", "deflate");
+}
+
+Reply packed(const QByteArray& gzipFile)
+{
+    return Reply::json(200, gzipFile).header("Content-Encoding", "gzip");
+}
+
+QByteArray withWrongChecksum(QByteArray gzipFile)
+{
+    gzipFile[gzipFile.size() - 8] = static_cast<char>(~gzipFile.at(gzipFile.size() - 8));
+    return gzipFile;
 }
 
 FaultOutcome failure(int status, const QString& errorText)
@@ -92,7 +105,7 @@ QList<ConnectionRow> badBodyRows()
 {
     using Fault = Reply::ChunkFault;
     const FaultOutcome packing = failure(200, u"Decompression failed: "_s);
-    static const Reply bomb = packed(QByteArray(80LL * 1024 * 1024, '0'));
+    static const Reply bomb = packed(gzipped(QByteArray(80LL * 1024 * 1024, '0')));
     return inTwoParts({
         // Qt takes a size that is no number for the end of the body. What has come by then is no object.
         {"a chunk without a size", whole().chunked(10, Fault::BadSize), success(200)},
@@ -102,7 +115,10 @@ QList<ConnectionRow> badBodyRows()
         {"a cut size of a chunk", whole().chunked(10).cutBodyAfter(1), failure(200, closedText)},
         {"chunks without separators", whole().chunked(10, Fault::NoSeparator), success(200)},
         {"no last chunk", whole().chunked(10, Fault::NoLastChunk).thenClose(), failure(200, wordsText)},
-        {"packed, but not really", Reply::json(200, "not packed").header("Content-Encoding", "gzip"), packing},
+        {"packed, but not really", packed("not packed"), packing},
+        // Qt does not miss the end of what is packed. What there is of it is no object.
+        {"packed and cut", packed(gzipped(wholeBytes).chopped(30)), success(200)},
+        {"packed, with a wrong checksum", packed(withWrongChecksum(gzipped(wholeBytes))), packing},
         {"packed a thousand times", bomb, packing},
     });
 }
@@ -114,7 +130,8 @@ QList<ConnectionRow> harmlessRows()
         {"the body drips", whole().dripBody(1, 5), good},
         {"no length", whole().withoutContentLength(), good},
         {"chunks", whole().chunked(7), good},
-        {"packed", packed(wholeBytes), good},
+        {"packed", packed(gzipped(wholeBytes)), good},
+        {"deflated", deflated(wholeBytes), good},
         {"closes although it should stay", whole().thenClose(), good},
         {"a NUL byte in a header", whole().header("X-Odd", QByteArray("a\0b", 3)), good},
         {"a header of 60,000 bytes", whole().header("X-Long", QByteArray(60000, 'x')), good},

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "client_sight.h"
+#include "fault_outcome.h"
 
 #include "support/reply.h"
 #include "support/service_bench.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "client_sight.h"
+#include "fault_outcome.h"
 
 #include "support/message_catcher.h"
 #include "support/scripted_server.h"
@@ -24,7 +24,8 @@ public:
     /// Gets the client to the point of the call, has it answered like this, and waits until nothing is under way.
     /// False when one of the three fails.
     bool play(support::Call call, const support::Reply& reply);
-    /// The same call once more in the same window; not for the session check, which is made once.
+    /// The same call once more in the same window. Before a session check the client is linked anew; the connection of
+    /// the approval ends with it.
     bool playAgain(const support::Reply& reply);
     /// The first with a base URL that leads somewhere else.
     bool playAt(support::Call call, const QString& origin);
@@ -33,9 +34,9 @@ public:
     QStringList seen();
     /// What has to be seen there.
     QStringList expected(const FaultOutcome& outcome) const;
-    /// The paths that have come in at the service since the call. Qt repeats a GET by itself when the connection ends
-    /// without an answer; that counts as one here.
-    QList<QByteArray> arrivals() const;
+    /// The paths that have come in at the service since the call. Qt repeats a GET by itself when its connection ends
+    /// without an answer; where that is the outcome, all of them count as one.
+    QList<QByteArray> arrivals(const FaultOutcome& outcome) const;
     /// Those that have to come in when the call itself does.
     QList<QByteArray> expectedArrivals(const FaultOutcome& outcome) const;
     /// False when the control that the call keeps busy was not.
@@ -56,6 +57,7 @@ private:
     void begin(const QString& origin);
     bool prepare(support::Call call);
     bool carryOut(support::Call call);
+    bool linksAnew(const support::Reply& approval);
     bool settles();
 
     support::MessageCatcher m_messages;

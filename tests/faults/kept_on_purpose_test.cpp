@@ -31,6 +31,9 @@ private Q_SLOTS:
     void anyFailedSessionCheckSignsOutOnPurpose_data();
     void anyFailedSessionCheckSignsOutOnPurpose();
     void aReplyAfterUnlinkingIsHandledOnPurpose();
+    void anUnansweredGetMayBeSentAgainOnPurpose_data();
+    void anUnansweredGetMayBeSentAgainOnPurpose();
+    void anAnsweredGetIsSentOnce();
 
 private:
     using Run = support::ClientRun<TarnwickClientWindow>;
@@ -154,6 +157,41 @@ void KeptOnPurposeTest::aReplyAfterUnlinkingIsHandledOnPurpose()
     QTRY_COMPARE(run.view().status(), u"Loaded 1 Tarnwick project(s)."_s);
     QCOMPARE(run.view().table()->rowCount(), 1);
     QVERIFY(!run.view().button(u"Open Selected Project")->isEnabled());
+}
+
+void KeptOnPurposeTest::anUnansweredGetMayBeSentAgainOnPurpose_data()
+{
+    QTest::addColumn<Reply>("reply");
+    QTest::newRow("closed") << Reply::closeWithoutAnswer();
+    QTest::newRow("reset") << Reply::resetWithoutAnswer();
+    QTest::newRow("half a status line") << Reply::raw("HTTP/1.1 20");
+}
+
+/// By Qt, which asks up to four times in all. A GET changes nothing.
+void KeptOnPurposeTest::anUnansweredGetMayBeSentAgainOnPurpose()
+{
+    QFETCH(Reply, reply);
+    Run run;
+    QVERIFY(run.startSignedIn());
+    run.server.reply(callPath(Call::Instances), reply);
+    run.server.forgetRequests();
+    run.press(u"Refresh");
+    QTRY_COMPARE(run.view().status(), u"Connection closed"_s);
+    QVERIFY(run.markerComesBack());
+    QVERIFY(run.server.count(callPath(Call::Instances)) >= 1);
+    QVERIFY(run.server.count(callPath(Call::Instances)) <= 4);
+}
+
+void KeptOnPurposeTest::anAnsweredGetIsSentOnce()
+{
+    Run run;
+    QVERIFY(run.startSignedIn());
+    run.server.reply(callPath(Call::Instances), Reply::json(500, "{}").thenClose());
+    run.server.forgetRequests();
+    run.press(u"Refresh");
+    QTRY_COMPARE(run.view().status(), u"Tarnwick returned HTTP 500."_s);
+    QVERIFY(run.markerComesBack());
+    QCOMPARE(run.server.count(callPath(Call::Instances)), 1);
 }
 
 QTEST_MAIN(KeptOnPurposeTest)

@@ -14,13 +14,21 @@
 
 namespace faults {
 
-/// A picture on the disk that knows whether anybody has opened it.
+/// A picture on the disk that knows whether anybody has opened it. Where the system does not tell, nobody ever has.
 class Lure
 {
 public:
+#if defined(Q_OS_LINUX)
+    static constexpr bool isSupported = true;
+#else
+    static constexpr bool isSupported = false;
+#endif
+
     Lure()
     {
-        QPixmap(4, 4).save(path());
+        QPixmap picture(4, 4);
+        picture.fill(Qt::red);
+        picture.save(path());
 #if defined(Q_OS_LINUX)
         handle = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
         ::inotify_add_watch(handle, QFile::encodeName(path()).constData(), IN_OPEN);
@@ -37,10 +45,6 @@ public:
     QString path() const
     {
         return folder.filePath(QStringLiteral("lure.png"));
-    }
-    bool isWatched() const
-    {
-        return handle >= 0;
     }
     /// Since it was last forgotten.
     bool wasOpened()

@@ -7,9 +7,12 @@
 #include <QTest>
 
 #include <array>
+#include <filesystem>
 
 #if defined(Q_OS_LINUX)
 #include <cstring>
+#include <dlfcn.h>
+#include <fcntl.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,6 +23,7 @@ class StateFileOrderTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void everySettingOfRightsIsCounted();
     void theRightsAreNarrowedBeforeTheTokenIsWritten();
     void aNewFileIsNarrowBeforeTheTokenIsWritten();
 };
@@ -27,6 +31,25 @@ private Q_SLOTS:
 namespace {
 
 #if defined(Q_OS_LINUX)
+
+/// How often this process has set a file's rights: by the file's path, behind which another file may lie by then, and
+/// on a handle of the file itself.
+struct RightsCalls
+{
+    int byPath = 0;
+    int byHandle = 0;
+    bool operator==(const RightsCalls&) const = default;
+};
+
+RightsCalls rightsCalls;
+constexpr RightsCalls rightsOfASave{.byPath = 0, .byHandle = 1};
+
+/// The system's own function of that name.
+template <typename Function>
+Function* rightsFunction(const char* name)
+{
+    return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
+}
 
 /// What happens to a file or to the files in a folder, in the order in which it happens.
 class FileWatch
@@ -63,6 +86,64 @@ private:
 
 } // namespace
 
+#if defined(Q_OS_LINUX)
+// Under the system's names: all libraries of the process find these before the system's own.
+extern "C" {
+
+int countedChmod(const char* path, mode_t mode) noexcept __asm__("chmod");
+int countedLchmod(const char* path, mode_t mode) noexcept __asm__("lchmod");
+int countedFchmodat(int folder, const char* path, mode_t mode, int flags) noexcept __asm__("fchmodat");
+int countedFchmod(int file, mode_t mode) noexcept __asm__("fchmod");
+
+int countedChmod(const char* path, mode_t mode) noexcept
+{
+    ++rightsCalls.byPath;
+    return rightsFunction<int(const char*, mode_t)>("chmod")(path, mode);
+}
+
+int countedLchmod(const char* path, mode_t mode) noexcept
+{
+    ++rightsCalls.byPath;
+    return rightsFunction<int(const char*, mode_t)>("lchmod")(path, mode);
+}
+
+int countedFchmodat(int folder, const char* path, mode_t mode, int flags) noexcept
+{
+    ++rightsCalls.byPath;
+    return rightsFunction<int(int, const char*, mode_t, int)>("fchmodat")(folder, path, mode, flags);
+}
+
+int countedFchmod(int file, mode_t mode) noexcept
+{
+    ++rightsCalls.byHandle;
+    return rightsFunction<int(int, mode_t)>("fchmod")(file, mode);
+}
+
+} // extern "C"
+#endif
+
+/// Else the other tests would count none whatever happened.
+void StateFileOrderTest::everySettingOfRightsIsCounted()
+{
+#if defined(Q_OS_LINUX)
+    const support::TemporaryHome home;
+    home.writeState("{}");
+    rightsCalls = {};
+    QVERIFY(QFile::setPermissions(home.stateFile(), QFile::ReadOwner));
+    QCOMPARE(rightsCalls, (RightsCalls{.byPath = 1, .byHandle = 0}));
+    std::filesystem::permissions(home.stateFile().toStdString(), std::filesystem::perms::owner_all);
+    QCOMPARE(rightsCalls, (RightsCalls{.byPath = 2, .byHandle = 0}));
+    ::lchmod(QFile::encodeName(home.stateFile()).constData(), 0600);
+    QCOMPARE(rightsCalls, (RightsCalls{.byPath = 3, .byHandle = 0}));
+    QFile file(home.stateFile());
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QVERIFY(file.setPermissions(QFile::ReadOwner));
+    QCOMPARE(rightsCalls, (RightsCalls{.byPath = 3, .byHandle = 1}));
+#else
+    QSKIP("This system does not tell what happens to a file.");
+#endif
+}
+
 void StateFileOrderTest::theRightsAreNarrowedBeforeTheTokenIsWritten()
 {
 #if defined(Q_OS_LINUX)
@@ -72,7 +153,9 @@ void StateFileOrderTest::theRightsAreNarrowedBeforeTheTokenIsWritten()
     TarnwickClientWindow window;
     const FileWatch watch(home.stateFile(), IN_MODIFY | IN_ATTRIB);
     QVERIFY(watch.isUsable);
+    rightsCalls = {};
     window.close();
+    QCOMPARE(rightsCalls, rightsOfASave);
     // Emptied, narrowed, written.
     QCOMPARE(watch.events(), QList<quint32>({IN_MODIFY, IN_ATTRIB, IN_MODIFY}));
 #else
@@ -88,8 +171,10 @@ void StateFileOrderTest::aNewFileIsNarrowBeforeTheTokenIsWritten()
     const FileWatch watch(home.stateFolder(), IN_CREATE | IN_MODIFY | IN_ATTRIB);
     QVERIFY(watch.isUsable);
     const mode_t former = ::umask(0);
+    rightsCalls = {};
     window.close();
     ::umask(former);
+    QCOMPARE(rightsCalls, rightsOfASave);
     // Made, narrowed, written.
     QCOMPARE(watch.events(), QList<quint32>({IN_CREATE, IN_ATTRIB, IN_MODIFY}));
 #else

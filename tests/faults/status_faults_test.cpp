@@ -4,7 +4,9 @@
 
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLibraryInfo>
 #include <QTest>
+#include <QVersionNumber>
 
 #include <algorithm>
 #include <array>
@@ -83,6 +85,16 @@ FaultOutcome statusFaultOutcome(int status, const StatusFaultWords& words)
     return outcome;
 }
 
+/// Qt passes over a 100. Any other status counts as the answer, one without words, in Qt 6.4; a later Qt may pass over
+/// it, too.
+FaultOutcome statusFaultPreliminaryOutcome(int status, const QString& shown)
+{
+    const FaultOutcome passedOver{.status = 500, .errorText = u"The answer"_s, .body = {}};
+    const FaultOutcome taken{.status = status, .errorText = {}, .body = {}};
+    const bool mayPassOver = QLibraryInfo::version() >= QVersionNumber(6, 5) && shown == passedOver.errorText;
+    return status == 100 || mayPassOver ? passedOver : taken;
+}
+
 } // namespace
 
 void StatusFaultsTest::initTestCase()
@@ -117,7 +129,7 @@ void StatusFaultsTest::everyStatusOfAList()
     QVERIFY(shared->playAgain(reply));
     QVERIFY(shared->wasBusy());
     QCOMPARE(shared->seen(), shared->expected(outcome));
-    QCOMPARE(shared->arrivals(), shared->expectedArrivals(outcome));
+    QCOMPARE(shared->arrivals(outcome), shared->expectedArrivals(outcome));
 }
 
 void StatusFaultsTest::aStatusOfEveryCall_data()
@@ -150,7 +162,7 @@ void StatusFaultsTest::aStatusOfEveryCall()
     QVERIFY(run->play(call, reply));
     QVERIFY(run->wasBusy());
     QCOMPARE(run->seen(), run->expected(outcome));
-    QCOMPARE(run->arrivals(), run->expectedArrivals(outcome));
+    QCOMPARE(run->arrivals(outcome), run->expectedArrivals(outcome));
     QVERIFY(run->stillAnswers());
     QCOMPARE(run->messages(), QStringList());
 }
@@ -172,14 +184,16 @@ void StatusFaultsTest::aPreliminaryStatusEndsTheCallToo()
     const QByteArray answer = Reply::json(500, R"({"message":"The answer"})").bytes();
     QVERIFY(shared->playAgain(Reply::raw(preliminary + answer).keepOpen()));
     QVERIFY(shared->wasBusy());
-    // Qt passes over a 100 and takes another one for the answer, in some of its versions: an answer without words.
-    const QStringList answered = shared->expected({.status = 500, .errorText = u"The answer"_s, .body = {}});
-    const QStringList seen = shared->seen();
-    if (status == 100 || seen == answered) {
-        QCOMPARE(seen, answered);
-    } else {
-        QCOMPARE(seen, shared->expected({.status = status, .errorText = {}, .body = {}}));
-    }
+    const FaultOutcome outcome = statusFaultPreliminaryOutcome(status, shared->bench().view().status());
+    QCOMPARE(shared->seen(), shared->expected(outcome));
+    QCOMPARE(shared->arrivals(outcome), shared->expectedArrivals(outcome));
+
+    // What is left of the bytes is nobody's answer.
+    const QByteArray three = R"({"instances":[{},{},{}]})";
+    const FaultOutcome list{.status = 200, .errorText = {}, .body = QJsonDocument::fromJson(three).object()};
+    QVERIFY(shared->playAgain(Reply::json(200, three)));
+    QCOMPARE(shared->seen(), shared->expected(list));
+    QCOMPARE(shared->arrivals(list), shared->expectedArrivals(list));
 }
 
 QTEST_MAIN(StatusFaultsTest)

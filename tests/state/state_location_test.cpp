@@ -15,6 +15,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <set>
 
 namespace {
 
@@ -194,14 +195,22 @@ void StateLocationTest::startingMakesTheFolderButNoFile()
 void StateLocationTest::aHomeWhichIsNoTextStopsNothing()
 {
 #if defined(Q_OS_LINUX)
-    const QByteArray path = folder->path().toUtf8() + "/\xff\xfe";
-    const BorrowedVariable home("HOME", path);
-    TarnwickClientWindow window;
-    QCOMPARE(support::WindowView(window).status(), u"Ready to link your Tarnwick account."_s);
-    QVERIFY(window.close());
-    QVERIFY(QDir(folder->filePath(u"work"_s)).isEmpty());
-    // Qt cannot name the folder, so the temporary folder could not be removed with it inside.
-    QVERIFY(std::filesystem::remove_all(path.constData()) > 0);
+    const std::filesystem::path root = folder->path().toStdString();
+    const std::filesystem::path path = root / "\xff\xfe";
+    const BorrowedVariable home("HOME", QByteArray::fromStdString(path.string()));
+    for (int start = 0; start < 2; ++start) {
+        TarnwickClientWindow window;
+        QCOMPARE(support::WindowView(window).status(), u"Ready to link your Tarnwick account."_s);
+        QVERIFY(window.close());
+    }
+    // Qt cannot name the folder, so nothing has been saved in it, and nothing in another place either.
+    const std::set<std::filesystem::path> expected = {root / "work", path, path / "Library",
+                                                      path / "Library/Application Support",
+                                                      path / "Library/Application Support/Tarnwick"};
+    const std::filesystem::recursive_directory_iterator found(root);
+    QVERIFY(std::set<std::filesystem::path>(begin(found), end(found)) == expected);
+    // For the same reason the temporary folder could not be removed with it inside.
+    QVERIFY(std::filesystem::remove_all(path) > 0);
 #else
     QSKIP("Other systems do not make such a folder.");
 #endif
