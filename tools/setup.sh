@@ -9,12 +9,13 @@ packages_bench="libxcb1-dev binutils"
 packages_peers="chromium keepassxc qbittorrent util-linux"
 packages_test="libgtest-dev libclang-rt-14-dev openssl chromium chromium-driver xdotool"
 
-say() { printf '\033[1m%s\033[0m\n' "$*"; }
+# What begins, and the minutes and seconds since the command began.
+say() { printf '\033[1m%s\033[0m %d:%02d\n' "$*" $((SECONDS / 60)) $((SECONDS % 60)); }
 
 # Installs those of the named packages that are missing; touches nothing when none is.
 ensure_packages() {
     if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
-        echo "Automatic set-up is for Debian 12; here, install CMake 3.25, Ninja, a C++20 compiler, Qt 6.4 (Widgets, Network, Test), cpp-httplib, nlohmann-json, SQLite 3, OpenSSL and GoogleTest, then run: cmake --workflow --preset release" >&2
+        echo "Automatic set-up is for Debian 12; here, install CMake 3.25, Ninja, a C++20 compiler, Qt 6.4 (Widgets, Network, Test), cpp-httplib 0.11, nlohmann-json, SQLite 3, OpenSSL and GoogleTest, then run: cmake --workflow --preset release" >&2
         exit 1
     fi
     local package missing=()

@@ -107,7 +107,7 @@ def _wait_until_settled(pid):
         if time.monotonic() > end:
             return members
         used, since = now, time.monotonic()
-        time.sleep(1.0)
+        time.sleep(1.0)  # how busy something is can only be seen over a while
 
 
 def _processor_seconds(pid):

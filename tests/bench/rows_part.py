@@ -110,7 +110,7 @@ def _answer_table(measured, resting):
     for size, results in measured.items():
         table.rows.append([f"{size:,}", *(spread([run["unanswered"] for run in results[name]]).text()
                                           for name in (CLIENT, BARE))])
-    table.remarks.append(f"Asked once a millisecond by the X server. With nothing to do, the client's longest is "
+    table.remarks.append(f"Asked once a millisecond through the X server. With nothing to do, the client's longest is "
                          f"{resting:.1f} ms.")
     table.figures = {"resting": resting}
     return table

@@ -12,6 +12,7 @@ from quiet_screen import QuietScreen
 from report import Table
 
 EMPTY, LINE, ATTAINABLE = "empty window", "window with one line of text", "same widgets and sheet, no logic"
+LOGO, NETWORK = "same with the logo", "same with logo and network library"
 UNLINKED, LINKED, OFFLINE = "client, unlinked", "client, linked", "client, offline"
 _MEASURES = {
     "frame": "first frame",
@@ -30,6 +31,8 @@ def measure(bench):
             EMPTY: lambda: _start(bench, screen, [bench.programs / "empty_window"]),
             LINE: lambda: _start(bench, screen, [bench.programs / "line_window"]),
             ATTAINABLE: lambda: _start(bench, screen, [bench.programs / "attainable_window"]),
+            LOGO: lambda: _start(bench, screen, [bench.programs / "logo_window"]),
+            NETWORK: lambda: _start(bench, screen, [bench.programs / "logo_and_network_window"]),
             UNLINKED: lambda: _start_client(bench, screen, service.address),
             LINKED: lambda: _start_client(bench, screen, service.address, token),
             OFFLINE: lambda: _start_client(bench, screen, f"http://127.0.0.1:{closed_port.getsockname()[1]}", token),

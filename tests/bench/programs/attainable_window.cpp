@@ -1,5 +1,7 @@
 // The attainable limit: the client's own widget tree, palette and style sheet, compiled from its own files, with no
 // logic behind them. No state file, no network, no logo; the buttons do nothing.
+//
+// BENCH_LOGO and BENCH_NETWORK are 1 in the programs that show what the logo and the network library add to it.
 
 #include "app/tarnwick_client_window.h"
 
@@ -9,6 +11,7 @@
 
 #include <QApplication>
 #include <QLabel>
+#include <QNetworkAccessManager>
 
 TarnwickClientWindow::TarnwickClientWindow()
     : accountNameText(u"Not linked yet"_s),
@@ -19,9 +22,15 @@ TarnwickClientWindow::TarnwickClientWindow()
     setWindowTitle(u"Tarnwick Client"_s);
     resize(1220, 860);
     setMinimumSize(1060, 760);
+    if constexpr (BENCH_NETWORK != 0) {
+        networkManager = new QNetworkAccessManager(this);
+    }
     QApplication::setPalette(themePalette());
     buildUi();
     qApp->setStyleSheet(themeStyleSheet.toString());
+    if constexpr (BENCH_LOGO != 0) {
+        loadLogo();
+    }
     updateControls();
     statusLabel->setText(u"Ready to link your Tarnwick account."_s);
 }
