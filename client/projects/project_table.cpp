@@ -4,7 +4,6 @@
 #include <QBrush>
 #include <QColor>
 #include <QDesktopServices>
-#include <QHeaderView>
 #include <QSignalBlocker>
 #include <QTableWidget>
 #include <QTableWidgetItem>
@@ -14,7 +13,7 @@
 
 namespace {
 
-/// The items share these two: a brush for each of many would be a good part of what a row costs.
+/// The items share these two, which spares each row a brush of its own.
 const QBrush& projectStatusBrush(const QString& status)
 {
     static const QBrush runningBrush(QColor(0x76, 0xff, 0xa6));
@@ -24,23 +23,11 @@ const QBrush& projectStatusBrush(const QString& status)
     return running ? runningBrush : otherBrush;
 }
 
-/// Whether the columns behind the first one keep to their contents.
-void projectFitColumns(const QTableWidget* table, bool fit)
-{
-    for (const int column : {1, 2, 3}) {
-        table->horizontalHeader()->setSectionResizeMode(column,
-                                                        fit ? QHeaderView::ResizeToContents : QHeaderView::Fixed);
-    }
-}
-
 } // namespace
 
 /// Rebuilds the table: row i shows project i, so a row number is an index into the list. Row 0 gets selected.
 void TarnwickClientWindow::fillProjectTable()
 {
-    // Selecting a row would measure the columns at once. Afterwards they are measured before they are drawn again, and
-    // in between the window can answer.
-    projectFitColumns(projectTable, false);
     projectTable->setRowCount(0);
     for (int row = 0; const InstanceRecord& project : std::as_const(projects)) {
         projectTable->insertRow(row);
@@ -60,7 +47,6 @@ void TarnwickClientWindow::fillProjectTable()
     if (!projects.isEmpty()) {
         projectTable->selectRow(0);
     }
-    projectFitColumns(projectTable, true);
     updateControls();
 }
 
