@@ -40,6 +40,12 @@ quint32 numberAt(const QByteArray& bytes, qsizetype offset)
     return qFromBigEndian<quint32>(bytes.constData() + offset);
 }
 
+/// The one header of an answer: the name that is the eighth of those known to both sides, and three bytes of value.
+QByteArray statusHeader(int status)
+{
+    return "\x08\x03" + QByteArray::number(status);
+}
+
 } // namespace
 
 Http2Service::Http2Service(const support::TlsIdentity& identity)
@@ -61,10 +67,11 @@ QString Http2Service::origin() const
     return u"https://127.0.0.1:%1"_s.arg(serverPort());
 }
 
-void Http2Service::answerWith(const QByteArray& text, qint64 size)
+void Http2Service::answerWith(const QByteArray& text, qint64 size, int status)
 {
     pattern = text;
     bodySize = size;
+    bodyStatus = status;
 }
 
 void Http2Service::accept()
@@ -124,7 +131,7 @@ void Http2Service::handleFrame(QTcpSocket* socket, char type, char flags, quint3
         (stream == 0 ? connection.window : connection.streamWindows[stream]) += numberAt(payload, 0);
         sendMore(socket);
     } else if (type == ResetFrame) {
-        connection.sent.remove(stream);
+        givenUp += connection.sent.remove(stream) ? 1 : 0;
     } else if (type == HeadersFrame) {
         ++requests;
         connection.streamWindows.insert(stream, connection.streamWindow);
@@ -145,8 +152,7 @@ void Http2Service::answerRequest(QTcpSocket* socket, quint32 stream)
 {
     switch (behaviour) {
     case Behaviour::Answer:
-        // The one byte is the compressed form of ":status: 200".
-        sendFrame(socket, HeadersFrame, endHeadersFlag, stream, "\x88");
+        sendFrame(socket, HeadersFrame, endHeadersFlag, stream, statusHeader(bodyStatus));
         connections[socket].sent.insert(stream, 0);
         sendMore(socket);
         break;

@@ -11,15 +11,15 @@
 
 class QTcpSocket;
 
-/// Just enough of HTTP/2 over TLS to answer every request alike: with a JSON body of any size, or by going away
-/// without an answer. It reads no header, so it cannot tell one path from another.
+/// Just enough of HTTP/2 over TLS to answer every request alike: with any status and a JSON body of any size, or by
+/// going away without an answer. It reads no header, so it cannot tell one path from another.
 class Http2Service : public QSslServer
 {
     Q_OBJECT
 
 public:
     enum class Behaviour {
-        Answer,       ///< status 200 and the body
+        Answer,       ///< the status and the body
         Close,        ///< ends the connection
         GoAway,       ///< says that it has looked at no request, and ends the connection
         RefuseStream, ///< says that this one request has not been looked at
@@ -29,9 +29,13 @@ public:
 
     QString origin() const;
     /// The text, repeated and cut to the size.
-    void answerWith(const QByteArray& text, qint64 size);
+    void answerWith(const QByteArray& text, qint64 size, int status = 200);
+    /// The text as it is.
+    void answerWith(const QByteArray& text) { answerWith(text, text.size()); }
     void behave(Behaviour wanted) { behaviour = wanted; }
     int requestCount() const { return requests; }
+    /// The answers that the client has cut short.
+    int givenUpCount() const { return givenUp; }
 
 private:
     struct Connection
@@ -57,5 +61,7 @@ private:
     Behaviour behaviour = Behaviour::Answer;
     QByteArray pattern;
     qint64 bodySize = 0;
+    int bodyStatus = 200;
     int requests = 0;
+    int givenUp = 0;
 };

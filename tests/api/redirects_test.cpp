@@ -245,10 +245,14 @@ void RedirectsTest::whatIsNoRedirectIsNotFollowed_data()
 {
     QTest::addColumn<Call>("call");
     QTest::addColumn<int>("status");
+    QTest::addColumn<bool>("isSameOrigin");
     const auto calls = support::allCalls();
     for (const Call call : calls) {
         for (const int status : {200, 201, 202, 300, 304, 305, 306, 500}) {
-            QTest::addRow("%s, %d", support::callName(call), status) << call << status;
+            QTest::addRow("%s, %d, another origin", support::callName(call), status) << call << status << false;
+            if (status != 305) {
+                QTest::addRow("%s, %d, the same origin", support::callName(call), status) << call << status << true;
+            }
         }
     }
 }
@@ -258,11 +262,12 @@ void RedirectsTest::whatIsNoRedirectIsNotFollowed()
 {
     QFETCH(Call, call);
     QFETCH(int, status);
+    QFETCH(bool, isSameOrigin);
     ScriptedServer server;
     const ScriptedServer another;
     support::ServiceBench bench(server, redirectWindowMaker());
     QVERIFY(bench.prepare(call));
-    const QByteArray location = another.origin().toUtf8() + "/elsewhere";
+    const QByteArray location = (isSameOrigin ? server : another).origin().toUtf8() + "/elsewhere";
     server.reply(callPath(call), Reply::json(status, "{}").header("Location", location));
     server.forgetRequests();
     bench.bringAbout(call);

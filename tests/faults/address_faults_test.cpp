@@ -30,8 +30,7 @@ private:
     {
         return std::make_unique<faults::FaultRun>([] { return std::make_unique<TarnwickClientWindow>(); });
     }
-    static void checkNothingIsSent(Call call, const QString& origin, const QString& words, faults::FaultRun& run);
-    static void checkItEnded(const QString& words, faults::FaultRun& run);
+    static void checkItEnded(const QString& words, const QList<QByteArray>& arrivals, faults::FaultRun& run);
 };
 
 namespace {
@@ -86,22 +85,11 @@ qsizetype addressFaultPosts(const faults::FaultRun& run)
 
 } // namespace
 
-void AddressFaultsTest::checkItEnded(const QString& words, faults::FaultRun& run)
+void AddressFaultsTest::checkItEnded(const QString& words, const QList<QByteArray>& arrivals, faults::FaultRun& run)
 {
     const QString status = run.bench().view().status();
     QVERIFY2(status.contains(words), qPrintable(status));
-    QCOMPARE(run.seen(), run.expected({.status = 0, .errorText = status, .body = {}}));
-}
-
-void AddressFaultsTest::checkNothingIsSent(Call call, const QString& origin, const QString& words,
-                                           faults::FaultRun& run)
-{
-    QVERIFY(run.playAt(call, origin));
-    QVERIFY(run.wasBusy());
-    checkItEnded(words, run);
-    QCOMPARE(run.server.count(), 0);
-    QVERIFY(run.stillAnswers());
-    QCOMPARE(run.messages(), QStringList());
+    run.checkEnd({.status = 0, .errorText = status, .body = {}}, arrivals);
 }
 
 void AddressFaultsTest::aBaseUrlThatCannotWorkEndsInOneSentence_data()
@@ -130,7 +118,8 @@ void AddressFaultsTest::aBaseUrlThatCannotWorkEndsInOneSentence()
     QFETCH(QString, origin);
     QFETCH(QString, words);
     const auto run = newRun();
-    checkNothingIsSent(call, origin, words, *run);
+    QVERIFY(run->playAt(call, origin));
+    checkItEnded(words, {}, *run);
 }
 
 void AddressFaultsTest::anUpperCaseSchemeIsNone_data()
@@ -152,7 +141,8 @@ void AddressFaultsTest::anUpperCaseSchemeIsNone()
     QFETCH(QString, scheme);
     const auto run = newRun();
     const QString origin = scheme + run->server.origin().mid(u"http"_s.size());
-    checkNothingIsSent(call, origin, u"Host "_s + scheme.toLower() + u" not found"_s, *run);
+    QVERIFY(run->playAt(call, origin));
+    checkItEnded(u"Host "_s + scheme.toLower() + u" not found"_s, {}, *run);
 }
 
 void AddressFaultsTest::aRedirectThatLeadsNowhereEndsInOneSentence_data()
@@ -181,12 +171,9 @@ void AddressFaultsTest::aRedirectThatLeadsNowhereEndsInOneSentence()
     QFETCH(Reply, reply);
     const auto run = newRun();
     QVERIFY(run->play(call, reply));
-    QVERIFY(run->wasBusy());
-    checkItEnded(u"Unknown protocol specified"_s, *run);
     QCOMPARE(run->server.count(), 1);
     QCOMPARE(addressFaultPosts(*run), addressFaultIsPost(call) ? 1 : 0);
-    QVERIFY(run->stillAnswers());
-    QCOMPARE(run->messages(), QStringList());
+    checkItEnded(u"Unknown protocol specified"_s, {callPath(call)}, *run);
 }
 
 void AddressFaultsTest::aRedirectToItselfEndsInOneSentence_data()
@@ -203,16 +190,13 @@ void AddressFaultsTest::aRedirectToItselfEndsInOneSentence()
     QFETCH(Call, call);
     const auto run = newRun();
     QVERIFY(run->play(call, Reply::redirect(302, callPath(call))));
-    QVERIFY(run->wasBusy());
-    checkItEnded(u"Too many redirects"_s, *run);
     // Qt lets go of a connection on which a redirect came, and asks once more when the next GET was on it already.
     const qsizetype steps = qsizetype{1} + QNetworkRequest().maximumRedirectsAllowed();
     QVERIFY(run->server.count() >= steps);
     QVERIFY(run->server.count() <= steps * 2);
     QCOMPARE(run->server.count(callPath(call)), run->server.count());
     QCOMPARE(addressFaultPosts(*run), addressFaultIsPost(call) ? 1 : 0);
-    QVERIFY(run->stillAnswers());
-    QCOMPARE(run->messages(), QStringList());
+    checkItEnded(u"Too many redirects"_s, {callPath(call)}, *run);
 }
 
 QTEST_MAIN(AddressFaultsTest)

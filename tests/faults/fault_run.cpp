@@ -226,4 +226,13 @@ bool FaultRun::stillAnswers()
            server.requests(callPath(Call::CreateInstance)).constLast().body.startsWith("display_name=Second&");
 }
 
+void FaultRun::checkEnd(const FaultOutcome& outcome, const QList<QByteArray>& wantedArrivals)
+{
+    QVERIFY(wasBusy());
+    QCOMPARE(seen(), expected(outcome));
+    QCOMPARE(arrivals(outcome), wantedArrivals);
+    QVERIFY(stillAnswers());
+    QCOMPARE(messages(), QStringList());
+}
+
 } // namespace faults

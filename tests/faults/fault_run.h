@@ -46,6 +46,10 @@ public:
     bool asksAnother();
     /// Links the client anew and, after a creation, creates once more; all five calls work if this does.
     bool stillAnswers();
+    /// Checks how the call went, that nothing but this has come in and that the client works on.
+    void checkEnd(const FaultOutcome& outcome, const QList<QByteArray>& wantedArrivals);
+    /// The same with what has to come in when the call itself does.
+    void checkEnd(const FaultOutcome& outcome) { checkEnd(outcome, expectedArrivals(outcome)); }
     /// Everything printed so far. Nothing should be.
     QStringList messages() const { return m_messages.messages(); }
 

@@ -26,7 +26,9 @@ private:
     using Run = support::ClientRun<TarnwickClientWindow>;
 
     static bool link(Run& run, const QString& token, bool isStored);
+    static bool isSignedIn(Run& run);
     static void checkRequests(Run& run, const QByteArray& sent);
+    static void checkUnlink(Run& run);
 };
 
 namespace {
@@ -46,7 +48,7 @@ void addTokenColumns()
 
 } // namespace
 
-/// Gives the client the token and waits until it has used it twice.
+/// Gives the client the token.
 bool TokenFaultsTest::link(Run& run, const QString& token, bool isStored)
 {
     run.server.reply(callPath(Call::LinkPoll), Reply::json(200, QJsonObject{{u"access_token"_s, token}}));
@@ -60,6 +62,12 @@ bool TokenFaultsTest::link(Run& run, const QString& token, bool isStored)
         }
         run.tick();
     }
+    return true;
+}
+
+/// Waits until the client has used the token twice.
+bool TokenFaultsTest::isSignedIn(Run& run)
+{
     return QTest::qWaitFor([&run] { return run.view().status() == u"Loaded 1 Tarnwick project(s)."_s; }, 30000);
 }
 
@@ -73,12 +81,15 @@ void TokenFaultsTest::checkRequests(Run& run, const QByteArray& sent)
     QVERIFY(run.view().button(u"Unlink")->isEnabled());
     QVERIFY(run.view().button(u"Refresh")->isEnabled());
     QVERIFY(run.view().button(u"Create GDPS")->isEnabled());
+}
 
-    // Once it is forgotten, nothing of it goes out any more.
+/// Once it is forgotten, it is in the file no longer, and nothing of it goes out any more.
+void TokenFaultsTest::checkUnlink(Run& run)
+{
     run.press(u"Unlink");
+    QVERIFY(!run.home().stateObject().contains(u"access_token"_s));
     QVERIFY(run.markerComesBack());
     QVERIFY(!run.server.requests().constLast().raw.contains("Bearer"));
-    QVERIFY(!run.home().stateObject().contains(u"access_token"_s));
 }
 
 void TokenFaultsTest::aTokenIsSentByteForByte_data()
@@ -95,6 +106,7 @@ void TokenFaultsTest::aTokenIsSentByteForByte_data()
     add("tab inside", u"a\tb"_s);
     add("NUL inside", u"a\0b"_s);
     add("colon and comma", u"a: b, c"_s);
+    add("quotes and backslashes", uR"(a"b'c\d\\e\n)"_s);
     add("half a surrogate pair", u"a"_s + QChar(0xd83d) + u'b');
 }
 
@@ -106,7 +118,16 @@ void TokenFaultsTest::aTokenIsSentByteForByte()
     const support::MessageCatcher messages;
     Run run;
     QVERIFY(link(run, token, isStored));
+    QVERIFY(isSignedIn(run));
     checkRequests(run, sent);
+
+    // The next start has it from the state file.
+    QCOMPARE(run.savedText(u"access_token"_s), isStored ? token : token.trimmed());
+    run.server.forgetRequests();
+    run.startStored();
+    QVERIFY(isSignedIn(run));
+    checkRequests(run, sent);
+    checkUnlink(run);
     QCOMPARE(messages.messages(), QStringList());
 }
 
