@@ -128,6 +128,7 @@ def _table(measured):
             f"{spread(values['processes']).median:.0f}", spread(values["memory"]).text(0),
             ratio(values["memory"], ours["memory"]).text(1)])
     table.remarks.append("Each with a profile of its own that has been started once before. The browser and the client "
-                         "show the same account.")
+                         "show the same account; visible is the window, in the browser not necessarily with the page in "
+                         "it.")
     table.figures = measured
     return table

@@ -24,7 +24,7 @@ def measure(bench):
         measured = {}
         for size in SIZES:
             body = project_list(size)
-            repeats = max(3, bench.rounds // (5 if size >= 100_000 else 3))
+            repeats = max(3, bench.rounds // 2)
             measured[size] = _measure_size(service, programs, body, repeats)
             bench.progress("rows", SIZES.index(size) + 1, len(SIZES))
         resting = _rest(service, programs[CLIENT])

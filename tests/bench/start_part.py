@@ -69,16 +69,17 @@ def _refused_port():
 
 def _table(measured, rounds):
     table = Table("Start", ["", "first frame, ms", "× empty", "× attainable", "processor until then, ms",
-                            "until idle, ms", "private memory, MiB", "× empty"])
+                            "until idle, ms", "private memory, MiB", "× empty", "× attainable"])
     for name, results in measured.items():
         values = {measure: [result[measure] for result in results] for measure in _MEASURES}
         limits = {measure: [result[measure] for result in measured[EMPTY]] for measure in _MEASURES}
-        attainable = [result["frame"] for result in measured[ATTAINABLE]]
+        attainable = {measure: [result[measure] for result in measured[ATTAINABLE]] for measure in _MEASURES}
         table.rows.append([
             name, spread(values["frame"]).text(), ratio(values["frame"], limits["frame"]).text(2),
-            ratio(values["frame"], attainable).text(2), spread(values["frame_processor"]).text(),
+            ratio(values["frame"], attainable["frame"]).text(2), spread(values["frame_processor"]).text(),
             spread(values["processor"]).text(), spread(values["memory"]).text(),
-            ratio(values["memory"], limits["memory"]).text(2)])
+            ratio(values["memory"], limits["memory"]).text(2),
+            ratio(values["memory"], attainable["memory"]).text(2)])
     table.remarks.append(f"Medians of {rounds} starts each, one after the other in turns, with quartiles in brackets; "
                          "ratios are those of the starts of one round.")
     table.figures = measured
