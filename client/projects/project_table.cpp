@@ -1,4 +1,5 @@
 #include "app/tarnwick_client_window.h"
+#include "projects/project_columns.h"
 
 #include <QAbstractItemModel>
 #include <QBrush>
@@ -28,6 +29,8 @@ const QBrush& projectStatusBrush(const QString& status)
 /// Rebuilds the table: row i shows project i, so a row number is an index into the list. Row 0 gets selected.
 void TarnwickClientWindow::fillProjectTable()
 {
+    // The columns hear of no cell below, so they are fitted when all of them are there.
+    fitProjectColumns(projectTable, false);
     projectTable->setRowCount(0);
     for (int row = 0; const InstanceRecord& project : std::as_const(projects)) {
         projectTable->insertRow(row);
@@ -47,6 +50,7 @@ void TarnwickClientWindow::fillProjectTable()
     if (!projects.isEmpty()) {
         projectTable->selectRow(0);
     }
+    fitProjectColumns(projectTable, true);
     updateControls();
 }
 

@@ -1,4 +1,5 @@
 #include "app/tarnwick_client_window.h"
+#include "projects/project_columns.h"
 #include "ui/card.h"
 #include "ui/cell_delegate.h"
 
@@ -58,9 +59,7 @@ void TarnwickClientWindow::buildProjectTable()
     QHeaderView* header = projectTable->horizontalHeader();
     header->setStretchLastSection(true);
     header->setSectionResizeMode(0, QHeaderView::Stretch);
-    for (const int column : {1, 2, 3}) {
-        header->setSectionResizeMode(column, QHeaderView::ResizeToContents);
-    }
+    fitProjectColumns(projectTable, true);
 
     projectTable->setMinimumHeight(projectTableMinimumHeight);
     projectTable->setAccessibleName(u"Tarnwick projects"_s);
