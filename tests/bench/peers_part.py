@@ -48,7 +48,7 @@ def measure(bench):
                     measured[name].append(result)
             bench.progress("peers", round_number, repeats)
         service.stop()
-    return _table(measured)
+    return _table(measured, repeats)
 
 
 def _installed_peers(bench, screen, address):
@@ -117,7 +117,7 @@ def _processor_seconds(pid):
         return 0.0
 
 
-def _table(measured):
+def _table(measured, repeats):
     table = Table("Against what people would use instead",
                   ["", "window visible, ms", "× client", "processes", "proportional memory, MiB", "× client"])
     for name, results in measured.items():
@@ -127,8 +127,9 @@ def _table(measured):
             name, spread(values["frame"]).text(0), ratio(values["frame"], ours["frame"]).text(1),
             f"{spread(values['processes']).median:.0f}", spread(values["memory"]).text(0),
             ratio(values["memory"], ours["memory"]).text(1)])
-    table.remarks.append("Each with a profile of its own that has been started once before. The browser and the client "
-                         "show the same account; visible is the window, in the browser not necessarily with the page in "
-                         "it.")
+    table.remarks.append(f"Medians of {repeats} starts each, in turns, with a profile that has been started once "
+                         "before. The browser and the client show the same account; visible is the window, in the "
+                         "browser not necessarily with the page in it. The other two start in a network of their own, "
+                         "which counts as theirs.")
     table.figures = measured
     return table

@@ -24,13 +24,16 @@ def measure(bench):
         measured = {}
         for size in SIZES:
             body = project_list(size)
-            repeats = max(3, bench.rounds // 2)
-            measured[size] = _measure_size(service, programs, body, repeats)
+            measured[size] = _measure_size(service, programs, body, _repeats(bench))
             bench.progress("rows", SIZES.index(size) + 1, len(SIZES))
         resting = _rest(service, programs[CLIENT])
-    tables = [_work_table(measured), _answer_table(measured, resting)]
+    tables = [_work_table(measured, _repeats(bench)), _answer_table(measured, resting)]
     draw(bench.folder / "scaling.svg", _charts(measured))
     return tables
+
+
+def _repeats(bench):
+    return max(3, bench.rounds // 2)
 
 
 def _start_client(bench, screen, service):
@@ -88,7 +91,7 @@ def _rest(service, start):
         return answers.longest_ms()
 
 
-def _work_table(measured):
+def _work_table(measured, repeats):
     table = Table("Reply to filled table", ["projects", "client, µs each", "bare table, µs each", "ratio",
                                             "client, peak MiB more", "bare table, peak MiB more", "ratio"])
     for size, results in measured.items():
@@ -98,9 +101,9 @@ def _work_table(measured):
             f"{size:,}", spread(work[CLIENT]).text(2), spread(work[BARE]).text(2),
             ratio(work[CLIENT], work[BARE]).text(2), spread(peak[CLIENT]).text(), spread(peak[BARE]).text(),
             ratio(peak[CLIENT], peak[BARE]).text(2) if size >= _FEWEST_TO_WEIGH else "–"])
-    table.remarks.append("Processor time of the whole process from the reply's first byte until it is idle again; peak "
-                         "memory is what it takes more than before. The bare table has no style sheet, and is told its "
-                         "number of rows at once.")
+    table.remarks.append(f"Medians of {repeats} fills each, in turns. Processor time of the whole process from the "
+                         "reply's first byte until it is idle again; peak memory is what it takes more than before. "
+                         "The bare table has no style sheet, and is told its number of rows at once.")
     table.figures = {str(size): results for size, results in measured.items()}
     return table
 

@@ -11,8 +11,10 @@ from program_run import ProgramRun
 from quiet_screen import QuietScreen
 from report import Table
 
-EMPTY, LINE, ATTAINABLE = "empty window", "window with one line of text", "same widgets and sheet, no logic"
+EMPTY, LINE, WIDGETS = "empty window", "window with one line of text", "same widgets, no sheet, no logic"
+ATTAINABLE = "same widgets and sheet, no logic"
 LOGO, NETWORK = "same with the logo", "same with logo and network library"
+ANSWERED, REFUSED = "same with one request, answered", "same with one request, refused"
 UNLINKED, LINKED, OFFLINE = "client, unlinked", "client, linked", "client, offline"
 _MEASURES = {
     "frame": "first frame",
@@ -27,15 +29,19 @@ def measure(bench):
     with QuietScreen() as screen, _refused_port() as closed_port:
         service = ServiceProcess(bench.service, screen.folder, screen.path("service.log"))
         token = PageVisitor().link(service.address, DEVICE)
+        nobody = f"http://127.0.0.1:{closed_port.getsockname()[1]}"
         starts = {
             EMPTY: lambda: _start(bench, screen, [bench.programs / "empty_window"]),
             LINE: lambda: _start(bench, screen, [bench.programs / "line_window"]),
+            WIDGETS: lambda: _start(bench, screen, [bench.programs / "widgets_window"]),
             ATTAINABLE: lambda: _start(bench, screen, [bench.programs / "attainable_window"]),
             LOGO: lambda: _start(bench, screen, [bench.programs / "logo_window"]),
             NETWORK: lambda: _start(bench, screen, [bench.programs / "logo_and_network_window"]),
+            ANSWERED: lambda: _start(bench, screen, [bench.programs / "logo_and_network_window", service.address]),
+            REFUSED: lambda: _start(bench, screen, [bench.programs / "logo_and_network_window", nobody]),
             UNLINKED: lambda: _start_client(bench, screen, service.address),
             LINKED: lambda: _start_client(bench, screen, service.address, token),
-            OFFLINE: lambda: _start_client(bench, screen, f"http://127.0.0.1:{closed_port.getsockname()[1]}", token),
+            OFFLINE: lambda: _start_client(bench, screen, nobody, token),
         }
         measured = {name: [] for name in starts}
         for round_number in range(bench.rounds + 1):
@@ -68,19 +74,22 @@ def _refused_port():
 
 
 def _table(measured, rounds):
-    table = Table("Start", ["", "first frame, ms", "× empty", "× attainable", "processor until then, ms",
-                            "until idle, ms", "private memory, MiB", "× empty", "× attainable"])
+    table = Table("Start", ["", "first frame, ms", "× empty", "× attainable", "processor until then, ms", "× empty",
+                            "× attainable", "until idle, ms", "private memory, MiB", "× empty", "× attainable"])
     for name, results in measured.items():
         values = {measure: [result[measure] for result in results] for measure in _MEASURES}
-        limits = {measure: [result[measure] for result in measured[EMPTY]] for measure in _MEASURES}
-        attainable = {measure: [result[measure] for result in measured[ATTAINABLE]] for measure in _MEASURES}
+        ratios = {measure: [_ratio(measured, name, limit, measure) for limit in (EMPTY, ATTAINABLE)]
+                  for measure in _MEASURES}
         table.rows.append([
-            name, spread(values["frame"]).text(), ratio(values["frame"], limits["frame"]).text(2),
-            ratio(values["frame"], attainable["frame"]).text(2), spread(values["frame_processor"]).text(),
-            spread(values["processor"]).text(), spread(values["memory"]).text(),
-            ratio(values["memory"], limits["memory"]).text(2),
-            ratio(values["memory"], attainable["memory"]).text(2)])
+            name, spread(values["frame"]).text(), *ratios["frame"],
+            spread(values["frame_processor"]).text(), *ratios["frame_processor"],
+            spread(values["processor"]).text(), spread(values["memory"]).text(), *ratios["memory"]])
     table.remarks.append(f"Medians of {rounds} starts each, one after the other in turns, with quartiles in brackets; "
                          "ratios are those of the starts of one round.")
     table.figures = measured
     return table
+
+
+def _ratio(measured, name, limit, measure):
+    return ratio([result[measure] for result in measured[name]],
+                 [result[measure] for result in measured[limit]]).text(2)

@@ -1,6 +1,7 @@
 #include "app/tarnwick_client_window.h"
 #include "support/client_run.h"
 
+#include <QAbstractItemView>
 #include <QBrush>
 #include <QColor>
 #include <QHeaderView>
@@ -33,6 +34,7 @@ private Q_SLOTS:
     void theTableIsNeverSorted();
     void aShorterListDropsTheOldRows();
     void theColumnsKeepToTheirContentsAfterEveryFill();
+    void theFirstListInAShownWindowFitsItsColumns();
 
 private:
     using Run = support::ClientRun<TarnwickClientWindow>;
@@ -229,6 +231,27 @@ void ProjectTableTest::theColumnsKeepToTheirContentsAfterEveryFill()
 
     run.view().button(u"Unlink")->click();
     QVERIFY(keepsToContents());
+}
+
+void ProjectTableTest::theFirstListInAShownWindowFitsItsColumns()
+{
+    Run run;
+    run.server.reply(callPath(Call::Instances), listOf(""));
+    QVERIFY(run.startSignedIn());
+    run.window().show();
+    QVERIFY(QTest::qWaitForWindowExposed(&run.window()));
+
+    const QByteArray project =
+        R"({"slug":"as-long-as-a-code-can-be","core_label":"A core of that length","status":"x"})";
+    run.server.reply(callPath(Call::Instances), listOf(project + ',' + project + ',' + project));
+    run.view().button(u"Refresh")->click();
+    QTRY_COMPARE(run.view().table()->rowCount(), 3);
+    const QAbstractItemView* view = run.view().table();
+    for (const int column : {1, 2}) {
+        const int needed = view->sizeHintForColumn(column);
+        QTRY_COMPARE(run.view().table()->columnWidth(column), needed);
+        QVERIFY(needed > run.view().table()->horizontalHeader()->sectionSizeHint(column));
+    }
 }
 
 QTEST_MAIN(ProjectTableTest)

@@ -1,7 +1,9 @@
 // The attainable limit: the client's own widget tree, palette and style sheet, compiled from its own files, with no
 // logic behind them. No state file, no network, no logo; the buttons do nothing.
 //
-// BENCH_LOGO and BENCH_NETWORK are 1 in the programs that show what the logo and the network library add to it.
+// BENCH_SHEET is 0 in the program that shows what the sheet takes, BENCH_LOGO and BENCH_NETWORK are 1 in those that show
+// what the logo and the network library add. The latter asks for an address when it is given one, and does nothing with
+// the answer.
 
 #include "app/tarnwick_client_window.h"
 
@@ -10,8 +12,11 @@
 #include "ui/theme_style_sheet.h"
 
 #include <QApplication>
+#include <QCoreApplication>
 #include <QLabel>
 #include <QNetworkAccessManager>
+#include <QNetworkRequest>
+#include <QUrl>
 
 TarnwickClientWindow::TarnwickClientWindow()
     : accountNameText(u"Not linked yet"_s),
@@ -27,12 +32,19 @@ TarnwickClientWindow::TarnwickClientWindow()
     }
     QApplication::setPalette(themePalette());
     buildUi();
-    qApp->setStyleSheet(themeStyleSheet.toString());
+    if constexpr (BENCH_SHEET != 0) {
+        qApp->setStyleSheet(themeStyleSheet.toString());
+    }
     if constexpr (BENCH_LOGO != 0) {
         loadLogo();
     }
     updateControls();
     statusLabel->setText(u"Ready to link your Tarnwick account."_s);
+    if constexpr (BENCH_NETWORK != 0) {
+        if (QCoreApplication::arguments().size() > 1) {
+            networkManager->get(QNetworkRequest(QUrl(QCoreApplication::arguments().at(1))));
+        }
+    }
 }
 
 TarnwickClientWindow::~TarnwickClientWindow() = default;
