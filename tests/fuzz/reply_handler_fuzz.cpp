@@ -142,6 +142,7 @@ void fuzzDemandSame(const fuzz::WindowSight& actual, const fuzz::WindowSight& ex
     fuzz::demand(actual.rows == expected.rows, "there is the right row for each project");
     fuzz::demand(actual.form.words() == expected.form.words(), "the form holds what it has to");
     fuzz::demand(actual.busy == expected.busy, "what has to be under way is, and nothing else");
+    fuzz::demand(actual.buttons == fuzz::usableButtons(expected), "the right buttons can be pressed");
 }
 
 void fuzzSettle(const TarnwickClientWindow& window)
@@ -161,10 +162,11 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
     if (size < headSize) {
         return -1;
     }
-    // The head is a digit, or whatever is there instead, and three digits of a status: seeds can be typed.
-    const int kind = data[0] - '0';
-    const bool transferFailed = data[1] >= 'A';
-    const int status = transferFailed ? 0 : (data[1] - '0') * 100 + (data[2] - '0') * 10 + (data[3] - '0');
+    // The head is a digit of a kind, or a letter of one whose transfer failed, and three digits of a status, or
+    // whatever is there instead: seeds can be typed.
+    const bool transferFailed = data[0] >= 'A';
+    const int kind = data[0] - (transferFailed ? 'A' : '0');
+    const int status = (data[1] - '0') * 100 + (data[2] - '0') * 10 + (data[3] - '0');
     const QByteArray body(reinterpret_cast<const char*>(data) + headSize, static_cast<qsizetype>(size - headSize));
     const fuzz::Answer answer{.kind = kind,
                               .status = status,

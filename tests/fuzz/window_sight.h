@@ -28,10 +28,31 @@ struct WindowSight
     QList<std::pair<QString, QString>> cores; ///< label and key
     QList<QStringList> rows;
     support::CreationForm form;
+    QStringList buttons; ///< those that can be pressed, sorted
     std::array<bool, taskKindCount> busy{};
 
     bool& isBusy(TaskKind kind) { return busy.at(static_cast<std::size_t>(kind)); }
+    bool isFree(TaskKind kind) const { return !busy.at(static_cast<std::size_t>(kind)); }
 };
+
+/// The buttons that can be pressed in a window with this token, these rows and this under way.
+inline QStringList usableButtons(const WindowSight& sight)
+{
+    QStringList texts;
+    const auto add = [&texts](const QString& text, bool isUsable) {
+        if (isUsable) {
+            texts.append(text);
+        }
+    };
+    const bool isLinked = !sight.token.isEmpty();
+    add(u"Create GDPS"_s, isLinked && sight.isFree(TaskKind::CreateInstance));
+    add(u"Generate Link Code"_s, sight.isFree(TaskKind::LinkStart));
+    add(u"Open Public Pairing Page"_s, true);
+    add(u"Open Selected Project"_s, isLinked && !sight.rows.isEmpty()); // a filled table has a current row
+    add(u"Refresh"_s, isLinked && sight.isFree(TaskKind::Instances));
+    add(u"Unlink"_s, isLinked && sight.isFree(TaskKind::Session));
+    return texts;
+}
 
 /// What can be seen in the window: everything but the token and what is under way.
 inline WindowSight visibleSight(const QWidget& window)
@@ -44,7 +65,8 @@ inline WindowSight visibleSight(const QWidget& window)
                       .account = view.account(),
                       .cores = {},
                       .rows = {},
-                      .form = support::creationFormIn(view)};
+                      .form = support::creationFormIn(view),
+                      .buttons = {}};
     const QComboBox* cores = view.combo(u"Core");
     for (int index = 0; index < cores->count(); ++index) {
         sight.cores.append({cores->itemText(index), cores->itemData(index).toString()});
@@ -52,6 +74,13 @@ inline WindowSight visibleSight(const QWidget& window)
     for (int row = 0; row < view.table()->rowCount(); ++row) {
         sight.rows.append(view.row(row));
     }
+    const auto buttons = window.findChildren<QPushButton*>();
+    for (const QPushButton* button : buttons) {
+        if (button->isEnabled()) {
+            sight.buttons.append(button->text());
+        }
+    }
+    sight.buttons.sort();
     return sight;
 }
 

@@ -1,12 +1,10 @@
-// Many visitors at once, and visitors who send slowly or without end.
-#include "raw_connection.h"
+// Many visitors at once.
 #include "service_under_test.h"
 
 #include <gtest/gtest.h>
 
 #include <future>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace tarnwick::testing {
@@ -57,33 +55,6 @@ TEST_F(Pressure, OfTwoApprovalsAtOnceOneWinsAndOneTokenComes)
         EXPECT_EQ(statusOf(m_service.poll(code, device)), 200);
         EXPECT_EQ(statusOf(m_service.poll(code, device)), 410);
     }
-}
-
-TEST_F(Pressure, BodyThatNeverEndsIsCutOff)
-{
-    const RawConnection connection(m_service.port());
-    ASSERT_TRUE(connection.isOpen());
-    connection.send("POST /api/pc/link/start HTTP/1.1\r\nHost: localhost\r\n"
-                    "Content-Type: application/x-www-form-urlencoded\r\nTransfer-Encoding: chunked\r\n\r\n");
-    const std::string chunk = "10000\r\n" + std::string(0x10000, 'x') + "\r\n";
-    for (int count = 0; count < 40 && connection.send(chunk); ++count) {
-    }
-    const std::string answer = connection.receiveAll();
-    EXPECT_TRUE(answer.empty() || answer.starts_with("HTTP/1.1 4")) << answer.substr(0, 80);
-    EXPECT_EQ(statusOf(m_service.get("/api/pc/me")), 401);
-}
-
-TEST_F(Pressure, HeadWithoutEndIsRefused)
-{
-    const RawConnection connection(m_service.port());
-    ASSERT_TRUE(connection.isOpen());
-    connection.send("GET / HTTP/1.1\r\nHost: localhost\r\nX-Long: ");
-    const std::string part(0x10000, 'x');
-    for (int count = 0; count < 20 && connection.send(part); ++count) {
-    }
-    const std::string answer = connection.receiveAll();
-    EXPECT_TRUE(answer.empty() || answer.starts_with("HTTP/1.1 4")) << answer.substr(0, 80);
-    EXPECT_EQ(statusOf(m_service.get("/api/pc/me")), 401);
 }
 
 } // namespace
