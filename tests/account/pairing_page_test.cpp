@@ -25,6 +25,7 @@ private Q_SLOTS:
     void theApprovalPageIsParsedTolerantly();
     void noAddressIsFilteredOut_data();
     void noAddressIsFilteredOut();
+    void anApprovalPageThatIsNoTextCountsAsNone_data();
     void anApprovalPageThatIsNoTextCountsAsNone();
     void unlinkingForgetsTheApprovalPage();
     void openingSaysNothingAndSendsNothing();
@@ -95,16 +96,24 @@ void PairingPageTest::noAddressIsFilteredOut()
     QCOMPARE(everything.urls() + run.opened.urls(), QList<QUrl>{QUrl(address)});
 }
 
+void PairingPageTest::anApprovalPageThatIsNoTextCountsAsNone_data()
+{
+    QTest::addColumn<QByteArray>("value");
+    for (const char* value : {"null", "5", "true", R"(["https://t.example"])", R"({"url":"https://t.example"})"}) {
+        QTest::newRow(value) << QByteArray(value);
+    }
+}
+
 void PairingPageTest::anApprovalPageThatIsNoTextCountsAsNone()
 {
+    QFETCH(QByteArray, value);
     Run run;
     run.start();
-    run.server.reply(callPath(Call::LinkStart),
-                     Reply::json(200, R"({"code":"TWPC-1","approve_url":["https://pair.example"]})"));
+    run.server.reply(callPath(Call::LinkStart), Reply::json(200, R"({"code":"TWPC-1","approve_url":)" + value + '}'));
     run.press(u"Generate Link Code");
     QTRY_COMPARE(run.view().line(u"Link code")->text(), u"TWPC-1"_s);
     run.press(u"Open Public Pairing Page");
-    QCOMPARE(run.opened.last(), QUrl(run.server.origin() + u"/link/pc"_s));
+    QCOMPARE(run.opened.urls(), QList<QUrl>{QUrl(run.server.origin() + u"/link/pc"_s)});
 }
 
 void PairingPageTest::unlinkingForgetsTheApprovalPage()

@@ -164,7 +164,7 @@ void BaseUrlTest::aSenselessUrlFailsAtTransferTime_data()
     QTest::addColumn<QString>("typed");
     QTest::newRow("https alone") << u"https://"_s;
     QTest::newRow("http alone") << u"http://"_s;
-    QTest::newRow("port out of range") << u"http://127.0.0.1:99999"_s;
+    QTest::newRow("port out of range") << u"http://nowhere.invalid:99999"_s;
     QTest::newRow("blank in the host") << u"http://not a host"_s;
 }
 

@@ -51,7 +51,8 @@ private:
 namespace {
 
 constexpr qint64 http2Mebibyte = 1024LL * 1024;
-constexpr int http2PatienceMs = 60000;
+// A body over the bound is given up within seconds, on a busy machine too.
+constexpr int http2PatienceMs = 30000;
 
 } // namespace
 
@@ -89,10 +90,10 @@ void Http2Test::cleanup()
 
 void Http2Test::cleanupTestCase()
 {
-#if defined(__SANITIZE_ADDRESS__)
-    return; // keeps freed memory for a while on purpose
-#endif
     const qint64 peak = support::peakMemoryBytes();
+    if (peak == 0) {
+        QSKIP("Nobody tells how much memory this process has had, or a sanitizer keeps what is freed.");
+    }
     QVERIFY2(peak < 400 * http2Mebibyte, qPrintable(u"%1 MiB"_s.arg(peak / http2Mebibyte)));
 }
 

@@ -30,6 +30,7 @@ private Q_SLOTS:
     void aPendingPollKeepsWaiting();
     void aBodyOfExactlyTheBoundIsRead();
     void aBodyOfOneByteMoreIsGivenUp();
+    void theBodyOfARedirectIsDropped();
     void aCompressedReplyIsRead();
     void aCompressedBodyCountsByWhatComesOutOfIt_data();
     void aCompressedBodyCountsByWhatComesOutOfIt();
@@ -95,10 +96,10 @@ void ReplyBoundsTest::cleanup()
 
 void ReplyBoundsTest::cleanupTestCase()
 {
-#if defined(__SANITIZE_ADDRESS__)
-    return; // keeps freed memory for a while on purpose
-#endif
     const qint64 peak = support::peakMemoryBytes();
+    if (peak == 0) {
+        QSKIP("Nobody tells how much memory this process has had, or a sanitizer keeps what is freed.");
+    }
     QVERIFY2(peak < 400 * boundsMebibyte, qPrintable(u"%1 MiB"_s.arg(peak / boundsMebibyte)));
 }
 
@@ -166,6 +167,17 @@ void ReplyBoundsTest::aBodyOfOneByteMoreIsGivenUp()
     server->reply(callPath(Call::Instances), Reply::huge(200, requestMaxReplyBytes + 1));
     bench->bringAbout(Call::Instances);
     QTRY_COMPARE_WITH_TIMEOUT(bench->view().status(), u"Operation canceled"_s, boundsPatienceMs);
+}
+
+/// It has no bound, for it takes no memory: the peak at the end of this program tells.
+void ReplyBoundsTest::theBodyOfARedirectIsDropped()
+{
+    QVERIFY(bench->prepare(Call::Instances));
+    server->reply(callPath(Call::Instances), Reply::huge(302, boundsEndless).header("Location", "/moved"));
+    server->reply("/moved", Reply::json(200, R"({"instances":[{},{}]})"));
+    bench->bringAbout(Call::Instances);
+    QTRY_COMPARE_WITH_TIMEOUT(bench->view().status(), u"Loaded 2 Tarnwick project(s)."_s, boundsPatienceMs);
+    QCOMPARE(server->count("/moved"), 1);
 }
 
 void ReplyBoundsTest::aCompressedReplyIsRead()

@@ -35,8 +35,8 @@ private Q_SLOTS:
     void aStalledPollStopsPollingAndKeepsTheCode();
     void aStalledCreationKeepsTheForm();
     void aMovingTransferMayTakeLonger();
-    void aMovingTransferThatDemandsAPasswordMayNot_data();
-    void aMovingTransferThatDemandsAPasswordMayNot();
+    void aMovingTransferThatIsKeptBackMayNot_data();
+    void aMovingTransferThatIsKeptBackMayNot();
 
 private:
     bool isPolling() const { return bench->window().findChild<QTimer*>({}, Qt::FindDirectChildrenOnly)->isActive(); }
@@ -216,24 +216,26 @@ void StalledTransferTest::aMovingTransferMayTakeLonger()
     QTRY_COMPARE_WITH_TIMEOUT(bench->view().status(), u"Loaded 2 Tarnwick project(s)."_s, 20000);
 }
 
-void StalledTransferTest::aMovingTransferThatDemandsAPasswordMayNot_data()
+void StalledTransferTest::aMovingTransferThatIsKeptBackMayNot_data()
 {
     QTest::addColumn<int>("status");
-    QTest::newRow("401") << 401;
-    QTest::newRow("407") << 407;
+    QTest::newRow("401, demands a password") << 401;
+    QTest::newRow("407, demands a password") << 407;
+    QTest::newRow("302, leads elsewhere") << 302;
 }
 
-void StalledTransferTest::aMovingTransferThatDemandsAPasswordMayNot()
+void StalledTransferTest::aMovingTransferThatIsKeptBackMayNot()
 {
     QFETCH(int, status);
     QVERIFY(bench->prepare(Call::Instances));
     // Of such a body Qt tells nothing before it has all of it. Nobody sees how large it becomes, and only the limit
-    // ends it; the body's own sentence would come after seven times the limit.
+    // ends it; the body's own sentence, or the redirect's target, would come after seven times the limit.
     const QByteArray body = R"({"message":"never read"})" + QByteArray(80, ' ');
-    server->reply(callPath(Call::Instances), Reply::json(status, body).dripBody(1, 45));
+    server->reply(callPath(Call::Instances), Reply::json(status, body).header("Location", "/moved").dripBody(1, 45));
     bench->bringAbout(Call::Instances);
     QTRY_COMPARE_WITH_TIMEOUT(bench->view().status(), stalledText, 20000);
     QTRY_COMPARE(server->openConnectionCount(), 0);
+    QCOMPARE(server->count("/moved"), 0);
 }
 
 QTEST_MAIN(StalledTransferTest)

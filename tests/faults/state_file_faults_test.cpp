@@ -93,6 +93,14 @@ bool stateFaultWithoutGrowth()
 #endif
 }
 
+/// A new file there has a name, and not one byte more.
+bool stateFaultIsFull(const QString& folder)
+{
+    QFile probe(folder + u"/probe"_s);
+    const bool isFull = probe.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && probe.write("x") < 0;
+    return probe.remove() && isFull;
+}
+
 /// A disk of two pages, which only this process sees, full but for the state file's name.
 bool stateFaultOnAFullDisk()
 {
@@ -107,6 +115,9 @@ bool stateFaultOnAFullDisk()
         return false;
     }
     while (filler.write(QByteArray(512, 'x')) > 0) {
+    }
+    if (!stateFaultIsFull(folder)) {
+        qFatal("The disk has room left."); // a mistake here, and nothing to skip for
     }
     return true;
 #else

@@ -42,6 +42,8 @@ struct RightsCalls
 };
 
 RightsCalls rightsCalls;
+// Those that a file had when they were last set on a handle of it.
+mode_t rightsBefore = 0;
 constexpr RightsCalls rightsOfASave{.byPath = 0, .byHandle = 1};
 
 /// The system's own function of that name.
@@ -116,6 +118,8 @@ int countedFchmodat(int folder, const char* path, mode_t mode, int flags) noexce
 int countedFchmod(int file, mode_t mode) noexcept
 {
     ++rightsCalls.byHandle;
+    struct stat entry = {};
+    rightsBefore = ::fstat(file, &entry) == 0 ? entry.st_mode & 0777 : 0;
     return rightsFunction<int(int, mode_t)>("fchmod")(file, mode);
 }
 
@@ -139,6 +143,7 @@ void StateFileOrderTest::everySettingOfRightsIsCounted()
     QVERIFY(file.open(QIODevice::ReadOnly));
     QVERIFY(file.setPermissions(QFile::ReadOwner));
     QCOMPARE(rightsCalls, (RightsCalls{.byPath = 3, .byHandle = 1}));
+    QCOMPARE(rightsBefore, 0600);
 #else
     QSKIP("This system does not tell what happens to a file.");
 #endif
@@ -156,6 +161,7 @@ void StateFileOrderTest::theRightsAreNarrowedBeforeTheTokenIsWritten()
     rightsCalls = {};
     window.close();
     QCOMPARE(rightsCalls, rightsOfASave);
+    QCOMPARE(rightsBefore, 0666);
     // Emptied, narrowed, written.
     QCOMPARE(watch.events(), QList<quint32>({IN_MODIFY, IN_ATTRIB, IN_MODIFY}));
 #else
@@ -175,6 +181,8 @@ void StateFileOrderTest::aNewFileIsNarrowBeforeTheTokenIsWritten()
     window.close();
     ::umask(former);
     QCOMPARE(rightsCalls, rightsOfASave);
+    // Who opens it before it is narrowed can read it ever after: it has to be narrow when it is made.
+    QCOMPARE(rightsBefore, 0600);
     // Made, narrowed, written.
     QCOMPARE(watch.events(), QList<quint32>({IN_CREATE, IN_ATTRIB, IN_MODIFY}));
 #else

@@ -6,6 +6,8 @@
 #include <QRegularExpression>
 #include <QTest>
 
+#include <array>
+
 using support::Call;
 using support::callPath;
 using support::Reply;
@@ -35,6 +37,14 @@ private:
     static Reply listOf(const QByteArray& elements) { return Reply::json(200, R"({"instances":[)" + elements + "]}"); }
 };
 
+namespace {
+
+/// Values that are no text, and count as none.
+constexpr std::array openProjectNoTexts = {"null", "5", "true", R"(["https://t.example"])",
+                                           R"({"url":"https://t.example"})"};
+
+} // namespace
+
 void OpenProjectTest::thePageOfTheProjectOpens_data()
 {
     QTest::addColumn<QByteArray>("project");
@@ -48,8 +58,11 @@ void OpenProjectTest::thePageOfTheProjectOpens_data()
         << QByteArray(R"({"manage_url":"","public_url":"https://p.example/3"})") << QByteArray("https://p.example/3");
     QTest::newRow("no management page") << QByteArray(R"({"public_url":"https://p.example/4"})")
                                         << QByteArray("https://p.example/4");
-    QTest::newRow("management page of another type")
-        << QByteArray(R"({"manage_url":5,"public_url":"https://p.example/5"})") << QByteArray("https://p.example/5");
+    for (const char* value : openProjectNoTexts) {
+        QTest::addRow("management page %s", value)
+            << R"({"manage_url":)" + QByteArray(value) + R"(,"public_url":"https://p.example/5"})"
+            << QByteArray("https://p.example/5");
+    }
     QTest::newRow("parsed tolerantly") << QByteArray(R"({"manage_url":"https://m.example/a b?c=%zz"})")
                                        << QByteArray("https://m.example/a%20b?c=%25zz");
 }
@@ -72,8 +85,10 @@ void OpenProjectTest::aProjectWithoutAnyPageOpensNothingAndSaysNothing_data()
     QTest::addColumn<QByteArray>("project");
     QTest::newRow("no pages") << QByteArray("{}");
     QTest::newRow("empty pages") << QByteArray(R"({"manage_url":"","public_url":""})");
-    QTest::newRow("pages as numbers") << QByteArray(R"({"manage_url":1,"public_url":2})");
-    QTest::newRow("pages of other types") << QByteArray(R"({"manage_url":null,"public_url":["https://p.example"]})");
+    for (const char* value : openProjectNoTexts) {
+        QTest::addRow("management page %s", value) << R"({"manage_url":)" + QByteArray(value) + '}';
+        QTest::addRow("public page %s", value) << R"({"public_url":)" + QByteArray(value) + '}';
+    }
 }
 
 void OpenProjectTest::aProjectWithoutAnyPageOpensNothingAndSaysNothing()
