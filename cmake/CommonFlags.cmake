@@ -1,9 +1,9 @@
-# One target carries every flag of the project: link it, and a source file is compiled like all others.
+# The target tarnwick_flags has all compiler flags of the project. Every other target links to it.
 include_guard(GLOBAL)
 
 option(TARNWICK_WERROR "Treat compiler warnings as errors" OFF)
 option(TARNWICK_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
-option(TARNWICK_FUZZ "Build the fuzz targets, with Clang and with what its libFuzzer needs in every file" OFF)
+option(TARNWICK_FUZZ "Build with Clang's libFuzzer, for the fuzz targets" OFF)
 
 add_library(tarnwick_flags INTERFACE)
 target_compile_features(tarnwick_flags INTERFACE cxx_std_20)
@@ -22,7 +22,7 @@ target_compile_definitions(tarnwick_flags INTERFACE
 
 if(MSVC)
     target_compile_options(tarnwick_flags INTERFACE /W4 /utf-8 /permissive-)
-    target_compile_definitions(tarnwick_flags INTERFACE _CRT_SECURE_NO_WARNINGS) # getenv is what we mean
+    target_compile_definitions(tarnwick_flags INTERFACE _CRT_SECURE_NO_WARNINGS) # allows getenv
 else()
     target_compile_options(tarnwick_flags INTERFACE
         -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast

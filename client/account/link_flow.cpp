@@ -23,12 +23,12 @@ void TarnwickClientWindow::requestLinkCode()
     if (isBusy(TaskKind::LinkStart)) {
         return;
     }
-    // The service is about to learn this device identifier, so it must be on disk before.
+    // The device identifier must be on disk before the service learns it.
     saveState();
     sendRequest(TaskKind::LinkStart, serviceUrl(u"/api/pc/link/start"_s), {{u"device_id"_s, state.device_id}}, false);
 }
 
-/// Shows the new code and starts to wait for its approval. A failure leaves an earlier code as it was.
+/// Shows the new code and starts to poll for its approval. A failure changes nothing but the status line.
 void TarnwickClientWindow::handleLinkStart(const ServiceReply& reply)
 {
     if (reply.failed()) {
@@ -46,7 +46,7 @@ void TarnwickClientWindow::handleLinkStart(const ServiceReply& reply)
     statusLabel->setText(ready.arg(linkCode));
 }
 
-/// One tick of the poll timer. A tick while a poll is under way is skipped, not queued.
+/// A tick of the poll timer. It is skipped, not queued, while a poll is in flight.
 void TarnwickClientWindow::pollLink()
 {
     if (linkCode.isEmpty() || isBusy(TaskKind::LinkPoll)) {
@@ -76,18 +76,18 @@ void TarnwickClientWindow::handleLinkPoll(const ServiceReply& reply)
     }
 }
 
-/// The user approved the code: keeps the token and asks whom it belongs to. An approval without a token unlinks.
+/// The user has approved the code: stores the token and checks the session. An approval without a token unlinks.
 void TarnwickClientWindow::acceptLink(const ServiceReply& reply)
 {
     state.access_token = reply.body.value("access_token"_L1).toString().trimmed();
-    updateControls();
     pollTimer->stop();
     saveState();
     statusLabel->setText(reply.messageOr(u"Tarnwick desktop client linked."_s));
     checkSession();
+    updateControls(); // The check sends nothing without a token, or while another one is in flight.
 }
 
-/// Stops waiting. The code is forgotten only when the service says that it is gone for good.
+/// Stops polling. The code is kept unless the service no longer knows it.
 void TarnwickClientWindow::giveUpPolling(const ServiceReply& reply)
 {
     pollTimer->stop();
@@ -99,8 +99,8 @@ void TarnwickClientWindow::giveUpPolling(const ServiceReply& reply)
     }
 }
 
-/// Opens the page on which the user approves the code, in the web browser.
-void TarnwickClientWindow::openPairingPage()
+/// Opens the page for approving the code in the web browser.
+void TarnwickClientWindow::openPairingPage() const
 {
     const QUrl page = approveUrl.isEmpty() ? serviceUrl(u"/link/pc"_s) : QUrl(approveUrl, QUrl::TolerantMode);
     QDesktopServices::openUrl(page);

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// The cores that a session reply offers, in the service's order. A core without a key could not be asked for.
+/// The cores of a session reply, in the service's order. A core without a key cannot be requested and is left out.
 QList<CoreChoice> sessionCoresOf(const QJsonObject& body)
 {
     QList<CoreChoice> cores;
@@ -26,7 +26,7 @@ QList<CoreChoice> sessionCoresOf(const QJsonObject& body)
 
 } // namespace
 
-/// Asks the service whom the token belongs to. Silent when there is no token or when it is being asked already.
+/// Asks the service for the account of the token. Does nothing while unlinked or while a check is in flight.
 void TarnwickClientWindow::checkSession()
 {
     if (!isBusy(TaskKind::Session) && state.isLinked()) {
@@ -53,7 +53,7 @@ void TarnwickClientWindow::handleSession(const ServiceReply& reply)
     fetchProjects();
 }
 
-/// Signs the desktop out locally. Any failed session check ends here, a network error too.
+/// Signs the desktop out locally, after any failed session check, even a network error.
 void TarnwickClientWindow::resetAccount()
 {
     state.access_token.clear();
@@ -67,14 +67,14 @@ void TarnwickClientWindow::resetAccount()
     saveState();
 }
 
-/// Reloads the project list only; the session is not checked again.
+/// Reloads the project list only, without a session check.
 void TarnwickClientWindow::refreshProjects()
 {
     statusLabel->setText(u"Refreshing your Tarnwick projects..."_s);
     fetchProjects();
 }
 
-/// Forgets the token and everything that came with it, without telling the service.
+/// Forgets the token and the account's data. The service is not told.
 void TarnwickClientWindow::unlink()
 {
     state.access_token.clear();
@@ -102,7 +102,7 @@ void TarnwickClientWindow::forgetAccountTexts()
     limitText = u"Limit: -"_s;
 }
 
-void TarnwickClientWindow::showAccountTexts()
+void TarnwickClientWindow::showAccountTexts() const
 {
     accountNameLabel->setText(accountNameText);
     planLabel->setText(planText);

@@ -4,11 +4,7 @@
 #include <QLineEdit>
 #include <QUrl>
 
-/**
- * The service base URL in normalised form: trimmed, with a scheme, without trailing slashes.
- *
- * Nothing else is checked: a base URL that makes no sense fails when the first request is sent.
- */
+/// The service base URL, normalised: trimmed, with a scheme, without trailing slashes. It may still be invalid.
 QString TarnwickClientWindow::baseUrl() const
 {
     QString url = (originEdit != nullptr ? originEdit->text() : state.origin).trimmed();
@@ -24,7 +20,7 @@ QString TarnwickClientWindow::baseUrl() const
     return url;
 }
 
-/// The URL of a path of the service. The two are joined as plain text: the base URL may hold a path of its own.
+/// The URL of a path of the service. Joined as plain text, since the base URL may end with a path.
 QUrl TarnwickClientWindow::serviceUrl(const QString& path) const
 {
     return QUrl(baseUrl() + path, QUrl::TolerantMode);

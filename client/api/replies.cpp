@@ -12,20 +12,14 @@ namespace {
 
 constexpr int replyStatusFirstError = 400;
 
-/// An aborted or timed-out reply is closed already; reading it would only make Qt complain.
-QByteArray replyBodyOf(QNetworkReply* reply)
-{
-    return reply->isOpen() ? reply->readAll() : QByteArray();
-}
-
-/// The service's own words about a failure: its message, else its error, else nothing.
+/// The service's own text about a failure: its message, else its error, else nothing.
 QString replyServerText(const QJsonObject& body)
 {
     const QString message = body.value("message"_L1).toString();
     return message.isEmpty() ? body.value("error"_L1).toString() : message;
 }
 
-/// The one rule by which every reply is judged. An empty text means success.
+/// The one rule that decides whether a reply is a failure. An empty text means success.
 QString replyErrorText(const ServiceReply& result, const QNetworkReply* reply)
 {
     if (result.isPending()) {
@@ -41,22 +35,34 @@ QString replyErrorText(const ServiceReply& result, const QNetworkReply* reply)
     return {};
 }
 
-} // namespace
-
-/// Judges a finished reply, frees its kind for the next request and hands it to the branch of its kind.
-void TarnwickClientWindow::handleReply(QNetworkReply* reply)
+ServiceReply replyContentOf(QNetworkReply* reply)
 {
-    const int kindValue = reply->property("taskKind").toInt();
     ServiceReply result;
     result.status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    result.body = QJsonDocument::fromJson(replyBodyOf(reply)).object();
+    // An aborted or timed-out reply is closed, and Qt prints a warning when a closed device is read.
+    const QByteArray bytes = reply->isOpen() ? reply->readAll() : QByteArray();
+    result.body = QJsonDocument::fromJson(bytes).object();
     result.errorText = replyErrorText(result, reply);
+    return result;
+}
 
-    if (kindValue >= 0 && kindValue < static_cast<int>(taskKindCount)) {
-        setBusy(static_cast<TaskKind>(kindValue), false);
+} // namespace
+
+QString ServiceReply::messageOr(const QString& fallback) const
+{
+    return body.value("message"_L1).toString(fallback);
+}
+
+/// Handles every finished reply: clears the busy flag of its kind, then calls the handler of that kind.
+void TarnwickClientWindow::handleReply(QNetworkReply* reply)
+{
+    const auto kind = static_cast<TaskKind>(reply->property(taskKindProperty).toInt());
+    const ServiceReply result = replyContentOf(reply);
+    if (kind >= TaskKind::LinkStart && kind < TaskKind::Count) {
+        setBusy(kind, false);
     }
     updateControls();
-    dispatchReply(static_cast<TaskKind>(kindValue), result);
+    dispatchReply(kind, result);
     reply->deleteLater();
 }
 
@@ -77,6 +83,8 @@ void TarnwickClientWindow::dispatchReply(TaskKind kind, const ServiceReply& repl
         break;
     case TaskKind::CreateInstance:
         handleCreateInstance(reply);
+        break;
+    case TaskKind::Count:
         break;
     }
 }

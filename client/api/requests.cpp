@@ -1,4 +1,3 @@
-#include "api/request_limits.h"
 #include "api/single_pass_body.h"
 #include "app/tarnwick_client_window.h"
 
@@ -12,15 +11,18 @@
 
 namespace {
 
+/// The largest reply body that is read.
+constexpr qint64 requestMaxReplyBytes = 64LL * 1024 * 1024;
+
 QNetworkRequest requestFor(const QUrl& url)
 {
     QNetworkRequest request(url);
-    request.setTransferTimeout(requestTimeoutMs);
+    request.setTransferTimeout(TARNWICK_TRANSFER_TIMEOUT_MS);
     request.setRawHeader("Accept", "application/json");
     request.setRawHeader("User-Agent", "Tarnwick-QtClient/1.0");
-    // A redirect to another origin would hand the bearer token to whoever the redirect names.
+    // By default, Qt would send all headers, the bearer token too, to any host that a redirect names.
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::SameOriginRedirectPolicy);
-    // The token is the only thing that identifies this desktop: a cookie would outlive unlinking.
+    // A cookie would identify this desktop even after unlinking.
     request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
     request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
     return request;
@@ -48,7 +50,7 @@ QNetworkReply* requestPost(QNetworkAccessManager* manager, const QNetworkRequest
 /**
  * Sends one request: a GET without fields, a form POST with them. A POST is never sent twice.
  *
- * The kind counts as busy from now until handleReply has the reply, whatever becomes of the transfer.
+ * The kind is busy until handleReply gets the reply. A failed transfer ends in a reply, too.
  */
 void TarnwickClientWindow::sendRequest(TaskKind kind, const QUrl& url, const FormFields& fields, bool sendAuth)
 {
@@ -67,10 +69,10 @@ void TarnwickClientWindow::sendRequest(TaskKind kind, const QUrl& url, const For
         request.setHeader(QNetworkRequest::ContentTypeHeader, u"application/x-www-form-urlencoded"_s);
         reply = requestPost(networkManager, request, requestBodyOf(fields));
     }
-    reply->setProperty("taskKind", static_cast<int>(kind));
+    reply->setProperty(taskKindProperty, static_cast<int>(kind));
     connect(reply, &QNetworkReply::finished, this, [this, reply] { handleReply(reply); });
 
-    // The service's replies are small; without a bound, memory would be the only limit for a wrong one.
+    // The service's replies are small. Without this bound, a wrong one could fill the memory.
     connect(reply, &QNetworkReply::readyRead, this, [reply] {
         if (reply->bytesAvailable() > requestMaxReplyBytes) {
             reply->abort();

@@ -2,14 +2,14 @@
 
 #include <QString>
 
-/// The service's public host name. The build sets it; every text and URL that names the host takes it from here.
+/// The service's public host name, which the build sets.
 inline QString publicHost()
 {
     return QStringLiteral(TARNWICK_PUBLIC_HOST);
 }
 
-/// The base URL of a client that was never told another one. No trailing slash.
+/// The base URL that the client uses unless the user enters another one. No trailing slash.
 inline QString defaultBaseUrl()
 {
-    return QStringLiteral("https://") + publicHost();
+    return QStringLiteral("https://" TARNWICK_PUBLIC_HOST);
 }

@@ -3,22 +3,19 @@
 #include <QJsonObject>
 #include <QString>
 
-/// A finished reply as the branches of handleReply see it.
+/// A finished reply, as the handler of its kind gets it.
 struct ServiceReply
 {
     /// HTTP status; 0 when no HTTP response arrived.
     int status = 0;
     /// The JSON object of the body; empty when the body is anything else.
     QJsonObject body;
-    /// One sentence for the status line; empty when the reply counts as a success.
+    /// What the status line shows; empty when the reply counts as a success.
     QString errorText;
 
-    /// Accepted, with the outcome still to come. Never a failure.
+    /// The service has accepted the request but not finished it. Never a failure.
     bool isPending() const { return status == 202; }
     bool failed() const { return !errorText.isEmpty(); }
-    /// The service's own sentence when it sent one, even an empty one; otherwise the fallback.
-    QString messageOr(const QString& fallback) const
-    {
-        return body.value(QLatin1StringView("message")).toString(fallback);
-    }
+    /// The service's own message, even an empty one; the fallback when it sent none.
+    QString messageOr(const QString& fallback) const;
 };

@@ -5,7 +5,7 @@
 
 SinglePassBody::SinglePassBody(QByteArray content) : bytes(std::move(content))
 {
-    // Unbuffered, or QIODevice would read ahead and seek back on its own.
+    // Unbuffered, since QIODevice's own buffer reads ahead and seeks back.
     open(QIODevice::ReadOnly | QIODevice::Unbuffered);
 }
 

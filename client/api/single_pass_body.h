@@ -4,22 +4,21 @@
 #include <QIODevice>
 
 /**
- * A request body that can be read once and never rewound.
+ * A request body that can be read once and cannot be rewound.
  *
- * When a connection closes unanswered, Qt sends a request again, silently and up to four times, as long as it
- * can rewind the body. A creation that was sent may have been carried out, so it must not be sent again: one
- * press of the button is one request.
+ * When a connection closes without an answer, Qt silently sends the request again, up to four times, if it can rewind
+ * the body. The service may have created the GDPS already, so a press of the button must be one request.
  */
 class SinglePassBody : public QIODevice
 {
 public:
-    /// Opens itself for reading.
+    /// The device is open for reading.
     explicit SinglePassBody(QByteArray content);
 
-    /// The whole body is known, so Qt announces its length instead of buffering it in a form that can be rewound.
+    /// Random access, so that Qt takes Content-Length from size() instead of buffering the body, which it could rewind.
     bool isSequential() const override { return false; }
     qint64 size() const override { return bytes.size(); }
-    /// Both fail once that would go back.
+    /// Both fail unless the position stays as it is.
     bool reset() override { return consumed == 0; }
     bool seek(qint64 position) override { return position == consumed && QIODevice::seek(position); }
 

@@ -6,11 +6,7 @@
 #include <cstdint>
 #include <sstream>
 
-/**
- * A new identifier for this installation: a fixed prefix and the monotonic clock's ticks in lower-case hexadecimal.
- *
- * On the usual platforms a tick is a nanosecond since the system's start. The reading alone makes it unique.
- */
+/// A new identifier for this installation: a fixed prefix and the monotonic clock's ticks in lower-case hexadecimal.
 QString TarnwickClientWindow::generateDeviceId()
 {
     std::ostringstream text;

@@ -4,6 +4,8 @@
 #include <QIcon>
 #include <QLabel>
 #include <QPixmap>
+#include <QSize>
+#include <QtMath>
 
 #include <array>
 #include <filesystem>
@@ -15,14 +17,13 @@ namespace {
 std::filesystem::path logoWorkingDirectory()
 {
     std::error_code error;
-    std::filesystem::path folder = std::filesystem::current_path(error);
-    return error ? std::filesystem::path() : folder;
+    return std::filesystem::current_path(error); // empty on an error
 }
 
 std::filesystem::path logoExecutablePath()
 {
     const std::string path = QCoreApplication::applicationFilePath().toStdString();
-    // As UTF-8, whatever narrow encoding the system has.
+    // From UTF-8, which is not the narrow encoding of every system.
     return path.empty() ? logoWorkingDirectory() / "TarnwickClient"
                         : std::filesystem::path(std::u8string(path.cbegin(), path.cend()));
 }
@@ -30,12 +31,12 @@ std::filesystem::path logoExecutablePath()
 bool logoExistsAt(const std::filesystem::path& candidate)
 {
     std::error_code error;
-    return !candidate.empty() && std::filesystem::exists(candidate, error) && !error;
+    return !candidate.empty() && std::filesystem::exists(candidate, error);
 }
 
 } // namespace
 
-/// The first place that holds an entry with the logo's name, whatever its kind; empty when there is none.
+/// The first candidate that exists, as a file or as anything else; empty when there is none.
 std::filesystem::path TarnwickClientWindow::findLogoFile()
 {
     const std::filesystem::path fileName = "tarnwick-logo.png";
@@ -73,9 +74,10 @@ void TarnwickClientWindow::loadLogo()
     if (logo.isNull()) {
         return;
     }
-    // In the screen's own pixels: stretched to them afterwards, the logo would be blurred on a dense screen.
+    // Scaled to device pixels, otherwise blurred on high-DPI screens. Rounded down, otherwise larger than the label.
     const qreal density = logoLabel->devicePixelRatioF();
-    QPixmap fitted = logo.scaled(logoLabel->size() * density, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    const QSize room(qFloor(logoLabel->width() * density), qFloor(logoLabel->height() * density));
+    QPixmap fitted = logo.scaled(room, Qt::KeepAspectRatio, Qt::SmoothTransformation);
     fitted.setDevicePixelRatio(density);
     logoLabel->setPixmap(fitted);
     setWindowIcon(QIcon(path));

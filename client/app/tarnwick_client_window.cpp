@@ -1,15 +1,15 @@
 #include "app/tarnwick_client_window.h"
 
 #include "api/service_host.h"
-#include "ui/theme_palette.h"
 #include "ui/theme_style_sheet.h"
 
 #include <QApplication>
 #include <QLabel>
 #include <QNetworkAccessManager>
+#include <QPalette>
 #include <QTimer>
 
-/// The client's start-up. Nothing in it stops early: whatever is missing or broken gets its default.
+/// The start-up sequence. What is missing or broken gets its default; nothing stops it early.
 TarnwickClientWindow::TarnwickClientWindow()
 {
     forgetAccountTexts();
@@ -30,8 +30,7 @@ TarnwickClientWindow::TarnwickClientWindow()
     pollTimer->setInterval(2000);
     connect(pollTimer, &QTimer::timeout, this, [this] { pollLink(); });
 
-    // The sheet leaves alternate rows, scroll bars and pop-up lists to the palette. Set before there is a widget, it
-    // costs nothing.
+    // Before the widgets exist, so that no widget has to handle a palette change.
     QApplication::setPalette(themePalette());
     buildUi();
     qApp->setStyleSheet(themeStyleSheet.toString());

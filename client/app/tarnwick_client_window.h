@@ -1,10 +1,8 @@
 #pragma once
 
-#include "api/form_fields.h"
 #include "api/service_reply.h"
-#include "api/task_kind.h"
-#include "projects/core_choice.h"
-#include "projects/instance_record.h"
+#include "api/service_request.h"
+#include "projects/service_records.h"
 #include "state/client_state.h"
 
 #include <QList>
@@ -24,29 +22,32 @@ class QLabel;
 class QLineEdit;
 class QNetworkAccessManager;
 class QNetworkReply;
+class QPalette;
 class QPlainTextEdit;
 class QPushButton;
 class QTableWidget;
 class QTimer;
 class QUrl;
 
+// All files of the client are one translation unit and see what this header declares: the literals, and a class with
+// internal linkage that other files define.
 using Qt::StringLiterals::operator""_s;
 using Qt::StringLiterals::operator""_L1;
 
 namespace {
 
 /**
- * The whole client: one window that holds every piece of state and every operation on it.
+ * The whole client: one window with all state and all operations.
  *
- * This declaration is the map of the client. Each group below lives in the folder of the same name.
- * Everything runs on the GUI thread. Every outcome, progress and failure alike, ends as one sentence in statusLabel.
+ * Each group of operations below is defined in the folder of the same name. Everything runs on the GUI thread. All
+ * feedback, progress and failures alike, is the text of statusLabel.
  */
 class TarnwickClientWindow : public QMainWindow
 {
     Q_DISABLE_COPY_MOVE(TarnwickClientWindow)
 
 public:
-    // app: start-up, end, and what the client knows about itself
+    // app: start-up and end, device identifier, logo
     TarnwickClientWindow();
     ~TarnwickClientWindow() override;
 
@@ -58,12 +59,12 @@ private:
     static std::filesystem::path findLogoFile();
     void loadLogo();
 
-    // state: what is remembered between two runs
+    // state: the state file
     static QString stateFilePath();
     void loadState();
-    void saveState();
+    void saveState() const;
 
-    // api: the one road of every request and every reply
+    // api: sends every request, receives every reply
     QString baseUrl() const;
     QUrl serviceUrl(const QString& path) const;
     void sendRequest(TaskKind kind, const QUrl& url, const FormFields& fields, bool sendAuth);
@@ -72,36 +73,37 @@ private:
     bool isBusy(TaskKind kind) const;
     void setBusy(TaskKind kind, bool busy);
 
-    // account: pairing this desktop, checking the session, unlinking
+    // account: link flow, session check, unlinking
     void requestLinkCode();
     void handleLinkStart(const ServiceReply& reply);
     void pollLink();
     void handleLinkPoll(const ServiceReply& reply);
     void acceptLink(const ServiceReply& reply);
     void giveUpPolling(const ServiceReply& reply);
-    void openPairingPage();
+    void openPairingPage() const;
     void checkSession();
     void handleSession(const ServiceReply& reply);
     void resetAccount();
     void refreshProjects();
     void unlink();
     void forgetAccountTexts();
-    void showAccountTexts();
+    void showAccountTexts() const;
 
-    // projects: the user's GDPS list and the cores the account may use
+    // projects: project list, core choices
     void fetchProjects();
     void handleInstances(const ServiceReply& reply);
-    void fillProjectTable();
-    void openSelectedProject();
-    void fillCoreCombo();
+    void fillProjectTable() const;
+    void openSelectedProject() const;
+    void fillCoreCombo() const;
 
     // create: the creation form
     void createInstance();
     FormFields creationFields(const QString& displayName) const;
     void handleCreateInstance(const ServiceReply& reply);
-    void resetCreateForm();
+    void resetCreateForm() const;
 
-    // ui: the widget tree and what in it is enabled
+    // ui: widget tree, theme, enabling of controls
+    static QPalette themePalette();
     void buildUi();
     QFrame* buildHeaderCard();
     QFrame* buildStatusCard();
@@ -115,9 +117,9 @@ private:
     void buildCreateFields();
     void addFocusFrame();
     void connectControls();
-    void updateControls();
+    void updateControls() const;
 
-    // Owned by the window through Qt's object tree, like every widget below.
+    // Owned through Qt's object tree, like the widgets below.
     QNetworkAccessManager* networkManager = nullptr;
     QTimer* pollTimer = nullptr;
 

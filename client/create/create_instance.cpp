@@ -9,7 +9,7 @@
 
 namespace {
 
-QString createTextOr(const QLineEdit* field, const QString& fallback)
+QString formTextOr(const QLineEdit* field, const QString& fallback)
 {
     const QString text = field->text().trimmed();
     return text.isEmpty() ? fallback : text;
@@ -17,7 +17,7 @@ QString createTextOr(const QLineEdit* field, const QString& fallback)
 
 } // namespace
 
-/// Checks the creation form and sends it. The form keeps its contents until the service has said yes.
+/// Checks the creation form and sends it. The form keeps its contents until the service has created the GDPS.
 void TarnwickClientWindow::createInstance()
 {
     if (!state.isLinked()) {
@@ -31,8 +31,7 @@ void TarnwickClientWindow::createInstance()
     }
     const FormFields fields = creationFields(displayName);
 
-    // On purpose before the busy test: a second press while a creation is under way still says what is going on.
-    // The token is looked at again because nothing must ever be created without it, whatever comes in between.
+    // The text is set even when the next test fails. The token is tested again, right before it is used.
     statusLabel->setText(u"Creating your GDPS from the Tarnwick desktop client..."_s);
     if (isBusy(TaskKind::CreateInstance) || !state.isLinked()) {
         return;
@@ -40,14 +39,14 @@ void TarnwickClientWindow::createInstance()
     sendRequest(TaskKind::CreateInstance, serviceUrl(u"/api/pc/instances/create"_s), fields, true);
 }
 
-/// The form's contents in the order of the request. A box that is not checked and a missing core are left out.
+/// The form's contents in the order of the request, without the boxes that are not checked and a missing core.
 FormFields TarnwickClientWindow::creationFields(const QString& displayName) const
 {
     FormFields fields = {
         {u"display_name"_s, displayName},
         {u"description"_s, descriptionEdit->toPlainText().trimmed()},
-        {u"emoji_badge"_s, createTextOr(emojiEdit, u"🔥"_s)},
-        {u"accent_color"_s, createTextOr(accentEdit, u"#ff8f1f"_s)},
+        {u"emoji_badge"_s, formTextOr(emojiEdit, u"🔥"_s)},
+        {u"accent_color"_s, formTextOr(accentEdit, u"#ff8f1f"_s)},
         {u"tags"_s, tagsEdit->text().trimmed()},
         {u"preset_name"_s, presetCombo->currentText()},
     };
@@ -64,7 +63,7 @@ FormFields TarnwickClientWindow::creationFields(const QString& displayName) cons
     return fields;
 }
 
-/// Makes room for the next GDPS and fetches the list, so that the new one shows up in it.
+/// Resets the form and fetches the project list, which now has the new GDPS.
 void TarnwickClientWindow::handleCreateInstance(const ServiceReply& reply)
 {
     if (reply.failed()) {
@@ -76,8 +75,8 @@ void TarnwickClientWindow::handleCreateInstance(const ServiceReply& reply)
     fetchProjects();
 }
 
-/// Empties what describes one GDPS. Emoji, accent, core and preset stay: they are choices that people repeat.
-void TarnwickClientWindow::resetCreateForm()
+/// Clears what belongs to one GDPS. Emoji, accent, core and preset are kept for the next one.
+void TarnwickClientWindow::resetCreateForm() const
 {
     gdpsNameEdit->clear();
     descriptionEdit->clear();

@@ -2,17 +2,15 @@
 
 #include <QComboBox>
 
-#include <utility>
-
-/// Offers the account's cores; the item's data is the key that a create request sends. The first one is current.
-void TarnwickClientWindow::fillCoreCombo()
+/// Fills the combo box with the account's cores. The item data is the key; the first item becomes the current one.
+void TarnwickClientWindow::fillCoreCombo() const
 {
     coreCombo->clear();
     if (availableCores.isEmpty()) {
         coreCombo->addItem(u"No cores available"_s);
         return;
     }
-    for (const CoreChoice& core : std::as_const(availableCores)) {
+    for (const CoreChoice& core : availableCores) {
         coreCombo->addItem(core.label, core.key);
     }
 }

@@ -21,7 +21,7 @@ InstanceRecord projectRecordOf(const QJsonObject& instance)
 
 } // namespace
 
-/// Asks the service for the user's projects. Silent when unlinked or when they are being fetched already.
+/// Asks the service for the user's projects. Does nothing while unlinked or while a fetch is in flight.
 void TarnwickClientWindow::fetchProjects()
 {
     if (!isBusy(TaskKind::Instances) && state.isLinked()) {
@@ -29,7 +29,7 @@ void TarnwickClientWindow::fetchProjects()
     }
 }
 
-/// Replaces the project list. A failure leaves the list and the table as they were.
+/// Replaces the project list. A failure changes nothing but the status line.
 void TarnwickClientWindow::handleInstances(const ServiceReply& reply)
 {
     if (reply.failed()) {
@@ -38,7 +38,6 @@ void TarnwickClientWindow::handleInstances(const ServiceReply& reply)
     }
     projects.clear();
     const QJsonArray instances = reply.body.value("instances"_L1).toArray();
-    projects.reserve(instances.size());
     for (const auto& instance : instances) {
         projects.append(projectRecordOf(instance.toObject()));
     }

@@ -1,46 +1,32 @@
 #include "app/tarnwick_client_window.h"
-#include "projects/project_columns.h"
 
-#include <QAbstractItemModel>
-#include <QBrush>
 #include <QColor>
 #include <QDesktopServices>
-#include <QSignalBlocker>
 #include <QTableWidget>
 #include <QTableWidgetItem>
 #include <QUrl>
 
-#include <utility>
-
 namespace {
 
-/// The items share these two, which spares each row a brush of its own.
-const QBrush& projectStatusBrush(const QString& status)
+bool projectIsOnline(const QString& status)
 {
-    static const QBrush runningBrush(QColor(0x76, 0xff, 0xa6));
-    static const QBrush otherBrush(QColor(0xf0, 0xc7, 0x9e));
-    const bool running =
-        status.compare("online"_L1, Qt::CaseInsensitive) == 0 || status.compare("active"_L1, Qt::CaseInsensitive) == 0;
-    return running ? runningBrush : otherBrush;
+    return status.compare("online"_L1, Qt::CaseInsensitive) == 0 ||
+           status.compare("active"_L1, Qt::CaseInsensitive) == 0;
 }
 
 } // namespace
 
-/// Rebuilds the table: row i shows project i, so a row number is an index into the list. Row 0 gets selected.
-void TarnwickClientWindow::fillProjectTable()
+/// Rebuilds the table and selects its first row. Row i shows project i; the table is never sorted.
+void TarnwickClientWindow::fillProjectTable() const
 {
-    // The columns hear of no cell below, so they are fitted when all of them are there.
-    fitProjectColumns(projectTable, false);
     projectTable->setRowCount(0);
-    for (int row = 0; const InstanceRecord& project : std::as_const(projects)) {
+    for (int row = 0; const InstanceRecord& project : projects) {
         projectTable->insertRow(row);
         auto* name = new QTableWidgetItem(project.display_name);
         auto* code = new QTableWidgetItem(project.slug);
         auto* core = new QTableWidgetItem(project.core_label);
         auto* status = new QTableWidgetItem(project.status);
-        status->setForeground(projectStatusBrush(project.status));
-        // Everybody has been told of the new row, and need not hear of each of its cells.
-        const QSignalBlocker quiet(projectTable->model());
+        status->setForeground(QColor(projectIsOnline(project.status) ? u"#76ffa6"_s : u"#f0c79e"_s));
         projectTable->setItem(row, 0, name);
         projectTable->setItem(row, 1, code);
         projectTable->setItem(row, 2, core);
@@ -50,12 +36,11 @@ void TarnwickClientWindow::fillProjectTable()
     if (!projects.isEmpty()) {
         projectTable->selectRow(0);
     }
-    fitProjectColumns(projectTable, true);
     updateControls();
 }
 
-/// Opens the selected project's management page, or its public page when it has no other, in the web browser.
-void TarnwickClientWindow::openSelectedProject()
+/// Opens the current project's management page, or else its public page, in the web browser.
+void TarnwickClientWindow::openSelectedProject() const
 {
     const int row = projectTable->currentRow();
     if (row < 0 || row >= projects.size()) {

@@ -2,18 +2,14 @@
 
 #include <QString>
 
-/**
- * What the client remembers between two runs. Each text bears the name of its key in the state file.
- *
- * The desktop counts as linked exactly when access_token is not empty; there is no other linked flag.
- */
+/// What the client remembers between two runs. The members are named after the keys of the state file.
 struct ClientState
 {
-    /// Service base URL as it was loaded, or the built-in one. What gets saved is the URL field instead.
+    /// Service base URL at the start. Later on, the URL field counts.
     QString origin;
-    /// Identifies this installation to the service; outlives unlinking.
+    /// Identifies this installation to the service. Kept when the desktop is unlinked.
     QString device_id;
-    /// Bearer token that the service issued for this desktop; empty while unlinked.
+    /// Bearer token; empty while the desktop is not linked.
     QString access_token;
 
     bool isLinked() const { return !access_token.isEmpty(); }

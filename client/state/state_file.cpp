@@ -15,7 +15,7 @@ namespace {
 
 std::filesystem::path stateBaseFolder()
 {
-    // An empty HOME counts as set: the path is then relative to the working directory.
+    // An empty HOME counts as set; the path is then relative to the working directory.
     const char* home = std::getenv("HOME");
     return home != nullptr ? std::filesystem::path(home) : std::filesystem::temp_directory_path();
 }
@@ -28,10 +28,9 @@ QString stateTextOf(const QJsonObject& object, QLatin1StringView key)
 } // namespace
 
 /**
- * The full path of the state file, under HOME or, without one, under the system's temporary folder.
+ * The path of the state file. Creates its folder; when that fails, opening the file fails, too.
  *
- * Makes sure that the file's folder exists. When it cannot be created, opening the file fails later on.
- * @throws std::filesystem::filesystem_error when HOME is not set and there is no temporary folder either.
+ * @throws std::filesystem::filesystem_error when HOME is not set and there is no temporary folder.
  */
 QString TarnwickClientWindow::stateFilePath()
 {
@@ -43,7 +42,7 @@ QString TarnwickClientWindow::stateFilePath()
     return QString::fromUtf8(path.data(), static_cast<qsizetype>(path.size()));
 }
 
-/// Reads the state file. A file that is absent, unreadable or no JSON object leaves the state empty.
+/// Reads the state file. The state stays empty when the file is missing, unreadable or not a JSON object.
 void TarnwickClientWindow::loadState()
 {
     QFile file(stateFilePath());
@@ -60,8 +59,8 @@ void TarnwickClientWindow::loadState()
     state.access_token = stateTextOf(object, "access_token"_L1);
 }
 
-/// Rewrites the whole state file. Failures are silent: the client works on and forgets the change at its end.
-void TarnwickClientWindow::saveState()
+/// Rewrites the state file. Failures are silent: the change is then lost when the client ends.
+void TarnwickClientWindow::saveState() const
 {
     QJsonObject object;
     object.insert("origin"_L1, baseUrl());
@@ -70,8 +69,7 @@ void TarnwickClientWindow::saveState()
         object.insert("access_token"_L1, state.access_token);
     }
 
-    // The file holds the token, so it is its owner's alone: from its creation on, and also when an earlier
-    // file was readable for others.
+    // The file holds the token. It is created without rights for others, and an existing file loses them.
     constexpr QFile::Permissions ownerOnly = QFile::ReadOwner | QFile::WriteOwner;
     QFile file(stateFilePath());
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate, ownerOnly)) {

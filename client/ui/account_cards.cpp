@@ -12,7 +12,7 @@
 
 namespace {
 
-/// An account text may be cut off: a long one must not push the link card aside.
+/// A label that is cut off when its text is too long, instead of making its card wider than the link card.
 QLabel* newAccountLabel(const QString& text, const QString& objectName)
 {
     QLabel* label = newServiceTextLabel(text, objectName);

@@ -1,11 +1,11 @@
 #include "ui/card.h"
 
-#include "ui/wrapped_label.h"
-
 #include <QFrame>
 #include <QLabel>
 #include <QMargins>
 #include <QVBoxLayout>
+
+using Qt::StringLiterals::operator""_s;
 
 QFrame* newCardFrame(const QString& objectName)
 {
@@ -26,14 +26,15 @@ Card newCard(const QString& objectName, const QMargins& margins)
 QLabel* newCardTitle(const QString& text)
 {
     auto* label = new QLabel(text);
-    label->setObjectName(QStringLiteral("CardTitle"));
+    label->setObjectName(u"CardTitle"_s);
     return label;
 }
 
 QLabel* newMutedLabel(const QString& text)
 {
-    auto* label = new WrappedLabel(text);
-    label->setObjectName(QStringLiteral("MutedLabel"));
+    auto* label = new QLabel(text);
+    label->setWordWrap(true);
+    label->setObjectName(u"MutedLabel"_s);
     return label;
 }
 

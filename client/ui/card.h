@@ -7,12 +7,12 @@ class QLabel;
 class QMargins;
 class QVBoxLayout;
 
-// The pieces that the window's cards are made of. Each is parentless until a layout adopts it.
+// The parts of the window's cards. They have no parent until they are added to a layout.
 
-/// A frame whose border and background the style sheet draws by its name.
+/// A frame that the style sheet draws by its object name.
 QFrame* newCardFrame(const QString& objectName);
 
-/// A card's frame and the column of widgets in it, which the margins keep away from the border.
+/// A card's frame and its layout.
 struct Card
 {
     QFrame* frame;
@@ -23,12 +23,8 @@ Card newCard(const QString& objectName, const QMargins& margins);
 /// A card's heading.
 QLabel* newCardTitle(const QString& text);
 
-/// An explanatory text that wraps.
+/// An explanatory text, with word wrap.
 QLabel* newMutedLabel(const QString& text);
 
-/**
- * A label for a text that comes from the service: it is shown as it was sent.
- *
- * Drawn as markup, a tag in it could open local files or keep the window busy for ever.
- */
+/// A label for a text of the service, as plain text: markup in it could open local files or block the window.
 QLabel* newServiceTextLabel(const QString& text, const QString& objectName);

@@ -9,12 +9,9 @@
 
 #include <array>
 
-/**
- * Enables and disables every control that depends on the token, the busy flags or the table's current row.
- *
- * Nothing else does that. Whoever changes one of the three calls this afterwards.
- */
-void TarnwickClientWindow::updateControls()
+/// Enables and disables the buttons and the creation form. Called after every change of the token, a busy flag or the
+/// table's current row.
+void TarnwickClientWindow::updateControls() const
 {
     const bool linked = state.isLinked();
     const bool rowSelected = linked && projectTable != nullptr && projectTable->currentRow() >= 0;

@@ -12,33 +12,62 @@
 #include <QPushButton>
 #include <QTextDocument>
 #include <QVBoxLayout>
+#include <QWheelEvent>
 
 namespace {
 
-constexpr QLatin1StringView createPlatformName()
+constexpr QLatin1StringView formPlatformName()
 {
 #if defined(Q_OS_MACOS)
     return "macOS"_L1;
 #elif defined(Q_OS_WIN)
     return "Windows"_L1;
-#else
+#elif defined(Q_OS_LINUX)
     return "Linux"_L1;
+#else
+    return "Unix"_L1;
 #endif
 }
 
-/// A form label that names its field to a screen reader.
-QLabel* newCreateLabel(const QString& text, QWidget* field)
+/**
+ * A combo box that takes the wheel only while it has the focus.
+ *
+ * Otherwise scrolling the page would change the choice when the combo box comes under the pointer. Its width does not
+ * depend on its items, whose texts come from the service.
+ */
+class FormComboBox : public QComboBox
+{
+public:
+    FormComboBox()
+    {
+        setFocusPolicy(Qt::StrongFocus);
+        setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    }
+
+protected:
+    void wheelEvent(QWheelEvent* event) override
+    {
+        if (hasFocus()) {
+            QComboBox::wheelEvent(event);
+        } else {
+            event->ignore();
+        }
+    }
+};
+
+/// A label that is also the field's name for screen readers.
+QLabel* newFormLabel(const QString& text, QWidget* field)
 {
     auto* label = new QLabel(text);
     label->setBuddy(field);
     return label;
 }
 
-/// The same for a field with choices. Their list takes the focus while it is open, and gets the same name.
-QLabel* newCreateLabel(const QString& text, QComboBox* field)
+/// The same for a combo box. Its list has the focus while it is open, and gets the same name.
+QLabel* newFormLabel(const QString& text, QComboBox* field)
 {
     field->view()->setAccessibleName(text);
-    return newCreateLabel(text, static_cast<QWidget*>(field));
+    return newFormLabel(text, static_cast<QWidget*>(field));
 }
 
 } // namespace
@@ -68,7 +97,7 @@ QWidget* TarnwickClientWindow::buildCreatePage()
 
     createButton = new QPushButton(u"Create GDPS"_s);
     column->addWidget(createButton, 0, Qt::AlignLeft);
-    auto* buildLabel = new QLabel(u"Current desktop build: "_s + createPlatformName());
+    auto* buildLabel = new QLabel(u"Current desktop build: "_s + formPlatformName());
     buildLabel->setObjectName(u"MutedLabel"_s);
     column->addWidget(buildLabel);
     column->addStretch(1);
@@ -83,24 +112,24 @@ QGridLayout* TarnwickClientWindow::buildCreateForm()
     auto* grid = new QGridLayout;
     grid->setHorizontalSpacing(12);
     grid->setVerticalSpacing(10);
-    grid->addWidget(newCreateLabel(u"GDPS Name"_s, gdpsNameEdit), 0, 0);
+    grid->addWidget(newFormLabel(u"GDPS Name"_s, gdpsNameEdit), 0, 0);
     grid->addWidget(gdpsNameEdit, 1, 0, 1, 2);
-    grid->addWidget(newCreateLabel(u"Description"_s, descriptionEdit), 2, 0);
+    grid->addWidget(newFormLabel(u"Description"_s, descriptionEdit), 2, 0);
     grid->addWidget(descriptionEdit, 3, 0, 1, 2);
-    grid->addWidget(newCreateLabel(u"Emoji"_s, emojiEdit), 4, 0);
-    grid->addWidget(newCreateLabel(u"Accent"_s, accentEdit), 4, 1);
+    grid->addWidget(newFormLabel(u"Emoji"_s, emojiEdit), 4, 0);
+    grid->addWidget(newFormLabel(u"Accent"_s, accentEdit), 4, 1);
     grid->addWidget(emojiEdit, 5, 0);
     grid->addWidget(accentEdit, 5, 1);
-    grid->addWidget(newCreateLabel(u"Tags"_s, tagsEdit), 6, 0, 1, 2);
+    grid->addWidget(newFormLabel(u"Tags"_s, tagsEdit), 6, 0, 1, 2);
     grid->addWidget(tagsEdit, 7, 0, 1, 2);
-    grid->addWidget(newCreateLabel(u"Core"_s, coreCombo), 8, 0);
-    grid->addWidget(newCreateLabel(u"Preset"_s, presetCombo), 8, 1);
+    grid->addWidget(newFormLabel(u"Core"_s, coreCombo), 8, 0);
+    grid->addWidget(newFormLabel(u"Preset"_s, presetCombo), 8, 1);
     grid->addWidget(coreCombo, 9, 0);
     grid->addWidget(presetCombo, 9, 1);
     return grid;
 }
 
-/// Makes the form's fields as a new form shows them.
+/// Creates the fields of the form with their initial contents.
 void TarnwickClientWindow::buildCreateFields()
 {
     gdpsNameEdit = new QLineEdit;
@@ -111,10 +140,9 @@ void TarnwickClientWindow::buildCreateFields()
     descriptionEdit->setPlaceholderText(u"Short description"_s);
     descriptionEdit->document()->setMaximumBlockCount(6);
     descriptionEdit->setFixedHeight(84);
-    // A description needs no tab characters; keyboard users need a way out.
+    // Otherwise keyboard users could not leave the field.
     descriptionEdit->setTabChangesFocus(true);
 
-    // The text comes last: it is laid out again after each other change, and for an emoji that takes its time.
     emojiEdit = new QLineEdit;
     emojiEdit->setMaxLength(6);
     emojiEdit->setText(u"🔥"_s);
@@ -125,7 +153,7 @@ void TarnwickClientWindow::buildCreateFields()
     tagsEdit->setPlaceholderText(u"hardcore, stars, cube"_s);
     tagsEdit->setMaxLength(140);
 
-    coreCombo = new QComboBox;
-    presetCombo = new QComboBox;
+    coreCombo = new FormComboBox;
+    presetCombo = new FormComboBox;
     presetCombo->addItems({u"balanced"_s, u"casual"_s, u"hardcore"_s});
 }

@@ -5,24 +5,20 @@
 #include <QFocusFrame>
 #include <QPointer>
 
-/**
- * Draws a frame around whichever control of the window has the keyboard focus.
- *
- * The style sheet replaces the desktop's own marks, and nothing else would show the focus of the link code,
- * the table or a combo box.
- */
+/// Frames the control that has the keyboard focus: the style sheet hides the focus marks of the desktop's style.
 void TarnwickClientWindow::addFocusFrame()
 {
-    // It moves among the widgets that it frames and may end with one of them, before the window does.
+    // QFocusFrame reparents itself to the parent of its widget and may be deleted together with it.
     const QPointer<QFocusFrame> frame = new QFocusFrame(this);
+    frame->hide();
     connect(qApp, &QApplication::focusChanged, this, [this, frame](QWidget* old, QWidget* now) {
-        // The focus may also go to a pop-up list, which marks its current line itself.
+        // The list of a combo box is a window of its own, and marks its current item itself.
         QWidget* control = now != nullptr && now->window() == this ? now : nullptr;
         if (frame != nullptr) {
             frame->setWidget(control);
         }
-        // Qt scrolls to a text cursor only, and not at all when the focus enters a page from outside. What the mouse
-        // is on must stay where it is, and so must a page when the user merely comes back from another window.
+        // Qt itself scrolls only to a field's text cursor. The page does not move under a pressed mouse button, nor
+        // when the window is activated again: then no control had the focus before.
         if (control != nullptr && old != nullptr && QGuiApplication::mouseButtons() == Qt::NoButton) {
             scrollIntoView(control);
         }

@@ -1,9 +1,7 @@
 #include "app/tarnwick_client_window.h"
-#include "projects/project_columns.h"
 #include "ui/card.h"
 #include "ui/cell_delegate.h"
 
-#include <QAbstractItemModel>
 #include <QFrame>
 #include <QHeaderView>
 #include <QLabel>
@@ -13,9 +11,8 @@
 
 namespace {
 
-/// A header and four rows, in pixels, like every font size and padding of the style sheet. Lower than that,
-/// the table would show no row at all before the page starts to scroll.
-constexpr int projectTableMinimumHeight = 190;
+/// A header and three rows with the style sheet's font sizes and paddings: as much as the smallest window can show.
+constexpr int projectTableMinimumHeight = 154;
 
 } // namespace
 
@@ -51,18 +48,20 @@ void TarnwickClientWindow::buildProjectTable()
     projectTable->setSelectionMode(QAbstractItemView::SingleSelection);
     projectTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
     projectTable->setAlternatingRowColors(true);
-    auto* cells = new CellDelegate(projectTable);
-    projectTable->setItemDelegate(cells);
-    connect(projectTable->model(), &QAbstractItemModel::rowsRemoved, cells, &CellDelegate::forget);
+    projectTable->setItemDelegate(new CellDelegate(projectTable));
     projectTable->verticalHeader()->hide();
 
     QHeaderView* header = projectTable->horizontalHeader();
     header->setStretchLastSection(true);
     header->setSectionResizeMode(0, QHeaderView::Stretch);
-    fitProjectColumns(projectTable, true);
+    for (const int column : {1, 2, 3}) {
+        header->setSectionResizeMode(column, QHeaderView::ResizeToContents);
+    }
 
+    // Ignored, so that the scroll area does not count the table's size hint, which is higher than its minimum.
+    projectTable->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
     projectTable->setMinimumHeight(projectTableMinimumHeight);
     projectTable->setAccessibleName(u"Tarnwick projects"_s);
-    // Rows are walked with the arrow keys; Tab goes on to the button below.
+    // Tab goes to the next control; the arrow keys go from row to row.
     projectTable->setTabKeyNavigation(false);
 }

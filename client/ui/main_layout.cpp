@@ -12,7 +12,7 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
-/// Builds the whole widget tree, with layouts only, and connects the controls. Colours and fonts are the sheet's.
+/// Builds the widget tree and connects the controls. Colours and fonts come from the style sheet.
 void TarnwickClientWindow::buildUi()
 {
     auto* central = new QWidget(this);

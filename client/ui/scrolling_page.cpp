@@ -4,9 +4,11 @@
 #include <QRect>
 #include <QScrollArea>
 
+#include <algorithm>
+
 namespace {
 
-/// Room around a control, in pixels: for the frame that marks its focus, and for the label above it.
+/// Room above and below a control for its focus frame and its label, as far as the viewport is high enough.
 constexpr int scrollingPageMargin = 40;
 
 QScrollArea* scrollingPageOf(const QWidget* control)
@@ -26,7 +28,7 @@ QScrollArea* newScrollingPage(QWidget* page)
     auto* area = new QScrollArea;
     area->setFrameShape(QFrame::NoFrame);
     area->setWidgetResizable(true);
-    // It follows the focus of the fields inside it; a stop of its own would be one that nobody can see.
+    // Not a tab stop: it would be one without a visible focus.
     area->setFocusPolicy(Qt::NoFocus);
     area->setWidget(page);
     return area;
@@ -37,7 +39,8 @@ void scrollIntoView(const QWidget* control)
     QScrollArea* area = scrollingPageOf(control);
     if (area != nullptr) {
         const QRect place(control->mapTo(area->widget(), QPoint()), control->size());
-        area->ensureVisible(place.left(), place.bottom(), 0, scrollingPageMargin);
-        area->ensureVisible(place.left(), place.top(), 0, scrollingPageMargin);
+        const int margin = std::clamp((area->viewport()->height() - place.height()) / 2, 0, scrollingPageMargin);
+        area->ensureVisible(place.left(), place.bottom(), 0, margin);
+        area->ensureVisible(place.left(), place.top(), 0, margin);
     }
 }

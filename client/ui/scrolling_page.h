@@ -3,12 +3,8 @@
 class QScrollArea;
 class QWidget;
 
-/**
- * A tab page that scrolls when the window is too low for it, instead of squeezing its fields to nothing.
- *
- * It owns the page, and is parentless until the tab widget adopts it.
- */
+/// A scroll area around a tab page. Without it, the fields of the page would be squeezed in a low window.
 QScrollArea* newScrollingPage(QWidget* page);
 
-/// Scrolls the page that the control is part of, if any, until all of the control is in view, or at least its top.
+/// Scrolls the control's page, if it is on one, until the control is visible, or at least its top.
 void scrollIntoView(const QWidget* control);

@@ -1,19 +1,26 @@
-#include "ui/theme_palette.h"
+#include "app/tarnwick_client_window.h"
 
 #include <QColor>
+#include <QPalette>
 
-QPalette themePalette()
+/**
+ * The palette of the application, in colours of the style sheet.
+ *
+ * The sheet does not style alternate rows, scroll bars, pop-up lists and the tab bar's base line. On a light desktop
+ * these would be light, under the sheet's cream text.
+ */
+QPalette TarnwickClientWindow::themePalette()
 {
-    const QColor background(0x14, 0x07, 0x04);
-    const QColor card(0x2a, 0x13, 0x08);
-    const QColor input(0x3b, 0x1d, 0x0f);
-    const QColor button(0x5d, 0x28, 0x0f);
-    const QColor line(0x7d, 0x3d, 0x0c);
-    const QColor accent(0xff, 0x8f, 0x1f);
-    const QColor title(0xff, 0xb2, 0x5b);
-    const QColor text(0xff, 0xf4, 0xde);
-    const QColor disabledInputText(0xbe, 0x9a, 0x7a);
-    const QColor disabledButtonText(0xd0, 0xa7, 0x84);
+    const QColor background(u"#140704"_s);
+    const QColor card(u"#2a1308"_s);
+    const QColor input(u"#3b1d0f"_s);
+    const QColor button(u"#5d280f"_s);
+    const QColor line(u"#7d3d0c"_s);
+    const QColor accent(u"#ff8f1f"_s);
+    const QColor title(u"#ffb25b"_s);
+    const QColor text(u"#fff4de"_s);
+    const QColor disabledInputText(u"#be9a7a"_s);
+    const QColor disabledButtonText(u"#d0a784"_s);
 
     QPalette palette;
     palette.setColor(QPalette::Window, background);
@@ -21,7 +28,6 @@ QPalette themePalette()
     palette.setColor(QPalette::Base, input);
     palette.setColor(QPalette::AlternateBase, card);
     palette.setColor(QPalette::Text, text);
-    palette.setColor(QPalette::PlaceholderText, disabledInputText);
     palette.setColor(QPalette::Button, button);
     palette.setColor(QPalette::ButtonText, text);
     palette.setColor(QPalette::BrightText, text);
@@ -29,10 +35,13 @@ QPalette themePalette()
     palette.setColor(QPalette::ToolTipText, text);
     palette.setColor(QPalette::Highlight, accent);
     palette.setColor(QPalette::HighlightedText, background);
+#if QT_VERSION >= QT_VERSION_CHECK(6, 6, 0)
+    palette.setColor(QPalette::Accent, accent);
+#endif
     palette.setColor(QPalette::Link, title);
     palette.setColor(QPalette::LinkVisited, title);
 
-    // Frames, scroll bars and base lines are drawn in these
+    // Frames, scroll bars and base lines
     palette.setColor(QPalette::Light, line);
     palette.setColor(QPalette::Midlight, button);
     palette.setColor(QPalette::Mid, line);

@@ -13,7 +13,6 @@ enum FrameType : char {
     HeadersFrame = 1,
     ResetFrame = 3,
     SettingsFrame = 4,
-    PingFrame = 6,
     GoAwayFrame = 7,
     WindowUpdateFrame = 8,
 };
@@ -125,13 +124,11 @@ void Http2Service::handleFrame(QTcpSocket* socket, char type, char flags, quint3
     if (type == SettingsFrame && flags != acknowledgeFlag) {
         readSettings(connection, payload);
         sendFrame(socket, SettingsFrame, acknowledgeFlag, 0, {});
-    } else if (type == PingFrame && flags != acknowledgeFlag) {
-        sendFrame(socket, PingFrame, acknowledgeFlag, 0, payload);
     } else if (type == WindowUpdateFrame) {
         (stream == 0 ? connection.window : connection.streamWindows[stream]) += numberAt(payload, 0);
         sendMore(socket);
     } else if (type == ResetFrame) {
-        givenUp += connection.sent.remove(stream) ? 1 : 0;
+        aborted += connection.sent.remove(stream) ? 1 : 0;
     } else if (type == HeadersFrame) {
         ++requests;
         connection.streamWindows.insert(stream, connection.streamWindow);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/tls_identity.h"
+#include "support/tls_material.h"
 
 #include <QByteArray>
 #include <QHash>
@@ -34,8 +34,8 @@ public:
     void answerWith(const QByteArray& text) { answerWith(text, text.size()); }
     void behave(Behaviour wanted) { behaviour = wanted; }
     int requestCount() const { return requests; }
-    /// The answers that the client has cut short.
-    int givenUpCount() const { return givenUp; }
+    /// The answers that the client has aborted.
+    int abortedCount() const { return aborted; }
 
 private:
     struct Connection
@@ -63,5 +63,5 @@ private:
     qint64 bodySize = 0;
     int bodyStatus = 200;
     int requests = 0;
-    int givenUp = 0;
+    int aborted = 0;
 };

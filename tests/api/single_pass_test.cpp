@@ -1,62 +1,14 @@
 // One press is one request: a POST whose connection ends without an answer is not sent again, for the service may
 // have carried it out.
-#include "app/tarnwick_client_window.h"
+#include "support/client_test.h"
 
-#include "support/creation_form.h"
-#include "support/message_catcher.h"
-#include "support/scripted_server.h"
-#include "support/service_bench.h"
-#include "support/tls_material.h"
-#include "support/trusted_ca.h"
-
-#include <QTest>
-
-#include <algorithm>
 #include <memory>
-#include <optional>
 
 using support::Call;
+using support::ClientRun;
 using support::Reply;
-using support::ScriptedServer;
-
-class SinglePassTest : public QObject
-{
-    Q_OBJECT
-
-private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void cleanup();
-    void aCreationArrivesOnce_data();
-    void aCreationArrivesOnce();
-    void aCodeRequestArrivesOnce_data();
-    void aCodeRequestArrivesOnce();
-    void aConnectionThatEndedMeanwhileIsReplaced_data();
-    void aConnectionThatEndedMeanwhileIsReplaced();
-    void aConnectionThatEndsUnderThePressBringsAtMostOneCreation_data();
-    void aConnectionThatEndsUnderThePressBringsAtMostOneCreation();
-    void aRefusedConnectionSendsNothingLater();
-
-private:
-    std::unique_ptr<ScriptedServer> newServer(bool isSecure) const
-    {
-        return isSecure ? std::make_unique<ScriptedServer>(identity) : std::make_unique<ScriptedServer>();
-    }
-
-    std::unique_ptr<support::TlsMaterial> material;
-    support::TlsIdentity identity;
-    std::optional<support::TrustedCa> trust;
-    std::unique_ptr<support::MessageCatcher> messages;
-};
 
 namespace {
-
-auto singlePassWindowMaker()
-{
-    return [] {
-        return std::make_unique<TarnwickClientWindow>();
-    };
-}
 
 struct UnansweredEnd
 {
@@ -70,211 +22,100 @@ QList<UnansweredEnd> unansweredEnds()
     return {{"closed", Reply::closeWithoutAnswer()},
             {"reset", Reply::resetWithoutAnswer()},
             {"half a status line", Reply::raw("HTTP/1.1 20")},
-            {"half a status line, reset", Reply::raw("HTTP/1.1 20").thenReset()},
-            {"half the headers", Reply::raw("HTTP/1.1 200 OK\r\nContent-Type: applica")},
-            {"garbage", Reply::raw("\x16\x03\x01 this is no answer\r\n\r\n")},
-            {"an empty line", Reply::raw("\r\n")}};
-}
-
-void addUnansweredEnds()
-{
-    QTest::addColumn<Reply>("end");
-    QTest::addColumn<bool>("isSecure");
-    QTest::addColumn<bool>("isKeptAlive");
-    const auto ends = unansweredEnds();
-    for (const UnansweredEnd& end : ends) {
-        for (const bool isSecure : {false, true}) {
-            for (const bool isKeptAlive : {false, true}) {
-                QTest::addRow("%s, %s, %s connection", end.name, isSecure ? "TLS" : "plain",
-                              isKeptAlive ? "kept-alive" : "fresh")
-                    << end.reply << isSecure << isKeptAlive;
-            }
-        }
-    }
-}
-
-/// Everything that the form holds, and whether it can be worked on.
-QStringList singlePassForm(const support::WindowView& view)
-{
-    const auto controls = view.creationForm();
-    const bool isEnabled =
-        std::all_of(controls.begin(), controls.end(), [](const QWidget* control) { return control->isEnabled(); });
-    return support::creationFormIn(view).words() << (isEnabled ? u"enabled"_s : u"not all of it enabled"_s);
-}
-
-void addSchemes()
-{
-    QTest::addColumn<bool>("isSecure");
-    QTest::newRow("plain") << false;
-    QTest::newRow("TLS") << true;
+            {"half the headers, reset", Reply::raw("HTTP/1.1 200 OK\r\nContent-Type: applica").thenReset()},
+            {"garbage", Reply::raw("\x16\x03\x01 this is no answer\r\n\r\n")}};
 }
 
 } // namespace
 
-void SinglePassTest::initTestCase()
+class SinglePassTest : public QObject
 {
-    material = std::make_unique<support::TlsMaterial>();
-    QVERIFY2(material->isUsable(), qPrintable(material->errorText()));
-    identity = material->good();
-    QVERIFY2(material->isUsable(), qPrintable(material->errorText()));
-    trust.emplace(material->authority());
-}
+    Q_OBJECT
 
-void SinglePassTest::init()
-{
-    messages = std::make_unique<support::MessageCatcher>();
-}
-
-void SinglePassTest::cleanup()
-{
-    QCOMPARE(messages->messages(), QStringList());
-    messages.reset();
-}
-
-void SinglePassTest::aCreationArrivesOnce_data()
-{
-    addUnansweredEnds();
-}
-
-void SinglePassTest::aCreationArrivesOnce()
-{
-    QFETCH(Reply, end);
-    QFETCH(bool, isSecure);
-    QFETCH(bool, isKeptAlive);
-    const auto server = newServer(isSecure);
-    support::ServiceBench bench(*server, singlePassWindowMaker());
-    server->reply(callPath(Call::Session), Reply::json(200, R"({"available_cores":[{"key":"a"},{"key":"b"}]})"));
-    if (!isKeptAlive) {
-        // The last answer before the creation ends its connection.
-        server->reply(callPath(Call::Instances), Reply::json(200, R"({"instances":[{}]})").connectionClose());
+private Q_SLOTS:
+    void aPostArrivesOnce_data()
+    {
+        QTest::addColumn<Call>("call");
+        QTest::addColumn<Reply>("end");
+        QTest::addColumn<bool>("isSecure");
+        QTest::addColumn<bool>("isKeptAlive");
+        const auto ends = unansweredEnds();
+        for (const UnansweredEnd& end : ends) {
+            for (const bool isSecure : {false, true}) {
+                for (const bool isKeptAlive : {false, true}) {
+                    QTest::addRow("creation, %s, %s, %s connection", end.name, isSecure ? "TLS" : "plain",
+                                  isKeptAlive ? "kept-alive" : "fresh")
+                        << Call::CreateInstance << end.reply << isSecure << isKeptAlive;
+                }
+            }
+        }
+        // A new window has no connection yet.
+        QTest::newRow("code, fresh connection") << Call::LinkStart << ends.constFirst().reply << false << false;
     }
-    QVERIFY(bench.prepare(Call::CreateInstance));
-    if (!isKeptAlive) {
-        QTRY_COMPARE(server->openConnectionCount(), 0);
+
+    void aPostArrivesOnce()
+    {
+        QFETCH(Call, call);
+        QFETCH(Reply, end);
+        QFETCH(bool, isSecure);
+        QFETCH(bool, isKeptAlive);
+        const auto run = newRun(isSecure);
+        if (!isKeptAlive) {
+            // The last answer before the creation ends its connection.
+            run->server.reply(callPath(Call::Instances), Reply::json(200, R"({"instances":[{}]})").connectionClose());
+        }
+        QVERIFY(run->prepare(call));
+        if (!isKeptAlive) {
+            QTRY_COMPARE(run->server.openConnectionCount(), 0);
+        }
+        const int connections = run->server.connectionCount();
+        run->server.reply(callPath(call), end);
+        run->bringAbout(call);
+        QTRY_COMPARE(run->view().status(), u"Unknown error"_s);
+        QCOMPARE(run->server.connectionCount(), connections + (isKeptAlive ? 0 : 1));
+        QCOMPARE(run->view().line(u"GDPS Name")->text(), call == Call::LinkStart ? QString() : u"Neon Burst"_s);
+
+        // Whatever had been sent before the marker is there by now. The marker of a code request is one itself.
+        QVERIFY(run->markerComesBack());
+        QCOMPARE(run->server.count(callPath(call)), call == Call::LinkStart ? 2 : 1);
     }
-    const int connectionsBefore = server->connectionCount();
-    support::fillCreationForm(bench.view());
-    const QStringList formBefore = singlePassForm(bench.view());
-    server->reply(callPath(Call::CreateInstance), end);
-    bench.bringAbout(Call::CreateInstance);
-    QTRY_VERIFY(bench.view().button(u"Create GDPS")->isEnabled());
 
-    const support::WindowView view = bench.view();
-    QVERIFY(!view.status().isEmpty());
-    QVERIFY(view.status() != u"Creating your GDPS from the Tarnwick desktop client..."_s);
-    QVERIFY(!view.status().startsWith("Loaded"_L1));
-    QCOMPARE(singlePassForm(view), formBefore);
-    QCOMPARE(server->connectionCount(), connectionsBefore + (isKeptAlive ? 0 : 1));
-
-    // Whatever had been sent before this request would be here by now.
-    server->reply(callPath(Call::Instances), Reply::json(200, "{}"));
-    bench.bringAbout(Call::Instances);
-    QTRY_COMPARE(view.status(), u"Loaded 0 Tarnwick project(s)."_s);
-    QCOMPARE(server->count(callPath(Call::CreateInstance)), 1);
-}
-
-void SinglePassTest::aCodeRequestArrivesOnce_data()
-{
-    addUnansweredEnds();
-}
-
-void SinglePassTest::aCodeRequestArrivesOnce()
-{
-    QFETCH(Reply, end);
-    QFETCH(bool, isSecure);
-    QFETCH(bool, isKeptAlive);
-    const auto server = newServer(isSecure);
-    support::ServiceBench bench(*server, singlePassWindowMaker());
-    if (isKeptAlive) {
-        QVERIFY(bench.settleLinked());
-    } else {
-        bench.startUnlinked();
+    void aConnectionThatEndedMeanwhileIsReplaced_data()
+    {
+        QTest::addColumn<bool>("isSecure");
+        QTest::newRow("plain") << false;
+        QTest::newRow("TLS") << true;
     }
-    server->reply(callPath(Call::LinkStart), end);
-    bench.bringAbout(Call::LinkStart);
-    QTRY_VERIFY(bench.view().button(u"Generate Link Code")->isEnabled());
-    QVERIFY(bench.view().status() != u"Requesting a new Tarnwick PC link code..."_s);
-    QVERIFY(!bench.view().status().startsWith("Code "_L1));
 
-    server->reply(callPath(Call::LinkStart), Reply::empty(500));
-    bench.bringAbout(Call::LinkStart);
-    QTRY_COMPARE(bench.view().status(), u"Tarnwick returned HTTP 500."_s);
-    QCOMPARE(server->count(callPath(Call::LinkStart)), 2);
-}
+    void aConnectionThatEndedMeanwhileIsReplaced()
+    {
+        QFETCH(bool, isSecure);
+        const auto run = newRun(isSecure);
+        QVERIFY(run->prepare(Call::CreateInstance));
+        run->server.closeIdleConnections();
 
-void SinglePassTest::aConnectionThatEndedMeanwhileIsReplaced_data()
-{
-    addSchemes();
-}
+        // By the time that another service has answered, the client has seen the end of that connection, too.
+        support::ScriptedServer another;
+        another.reply(callPath(Call::Instances), Reply::json(200, "{}"));
+        run->view().line(u"Tarnwick URL")->setText(another.origin());
+        run->press(u"Refresh");
+        QTRY_COMPARE(run->view().status(), u"Loaded 0 Tarnwick project(s)."_s);
+        run->view().line(u"Tarnwick URL")->setText(run->server.origin());
 
-void SinglePassTest::aConnectionThatEndedMeanwhileIsReplaced()
-{
-    QFETCH(bool, isSecure);
-    const auto server = newServer(isSecure);
-    support::ServiceBench bench(*server, singlePassWindowMaker());
-    QVERIFY(bench.prepare(Call::CreateInstance));
-    server->closeIdleConnections();
+        run->press(u"Create GDPS");
+        QTRY_COMPARE(run->view().status(), u"Loaded 1 Tarnwick project(s)."_s);
+        QCOMPARE(run->view().line(u"GDPS Name")->text(), QString());
+        QCOMPARE(run->server.count(callPath(Call::CreateInstance)), 1);
+    }
 
-    // By the time that another service has answered, the client has seen the end of that connection, too.
-    ScriptedServer another;
-    another.reply(callPath(Call::Instances), Reply::json(200, "{}"));
-    bench.view().line(u"Tarnwick URL")->setText(another.origin());
-    bench.bringAbout(Call::Instances);
-    QTRY_COMPARE(bench.view().status(), u"Loaded 0 Tarnwick project(s)."_s);
-    bench.view().line(u"Tarnwick URL")->setText(server->origin());
+private:
+    std::unique_ptr<ClientRun> newRun(bool isSecure) const
+    {
+        return isSecure ? std::make_unique<ClientRun>(tls.identity) : std::make_unique<ClientRun>();
+    }
 
-    bench.bringAbout(Call::CreateInstance);
-    QTRY_COMPARE(bench.view().line(u"GDPS Name")->text(), QString());
-    QTRY_COMPARE(bench.view().status(), u"Loaded 1 Tarnwick project(s)."_s);
-    QCOMPARE(server->count(callPath(Call::CreateInstance)), 1);
-}
+    const support::TrustedTls tls{};
+};
 
-void SinglePassTest::aConnectionThatEndsUnderThePressBringsAtMostOneCreation_data()
-{
-    addSchemes();
-}
-
-void SinglePassTest::aConnectionThatEndsUnderThePressBringsAtMostOneCreation()
-{
-    QFETCH(bool, isSecure);
-    const auto server = newServer(isSecure);
-    support::ServiceBench bench(*server, singlePassWindowMaker());
-    QVERIFY(bench.prepare(Call::CreateInstance));
-    // The service ends the idle connection in the very moment of the press. Whether the request still gets
-    // through is a matter of luck; that it is not there twice, and that the form tells which, is not.
-    server->closeIdleConnections();
-    bench.bringAbout(Call::CreateInstance);
-    QTRY_VERIFY(bench.view().button(u"Create GDPS")->isEnabled());
-    const qsizetype arrived = server->count(callPath(Call::CreateInstance));
-    QVERIFY(arrived <= 1);
-    QCOMPARE(bench.view().line(u"GDPS Name")->text(), arrived == 1 ? QString() : u"Neon Burst"_s);
-
-    server->reply(callPath(Call::Instances), Reply::json(200, "{}"));
-    QTRY_VERIFY(bench.view().button(u"Refresh")->isEnabled());
-    bench.bringAbout(Call::Instances);
-    QTRY_COMPARE(bench.view().status(), u"Loaded 0 Tarnwick project(s)."_s);
-    QCOMPARE(server->count(callPath(Call::CreateInstance)), arrived);
-}
-
-void SinglePassTest::aRefusedConnectionSendsNothingLater()
-{
-    ScriptedServer server;
-    support::ServiceBench bench(server, singlePassWindowMaker());
-    QVERIFY(bench.prepare(Call::CreateInstance));
-    support::fillCreationForm(bench.view());
-    const QStringList formBefore = singlePassForm(bench.view());
-    server.stop();
-    QTRY_COMPARE(server.openConnectionCount(), 0);
-    bench.bringAbout(Call::CreateInstance);
-    QTRY_VERIFY(bench.view().button(u"Create GDPS")->isEnabled());
-    QCOMPARE(singlePassForm(bench.view()), formBefore);
-
-    server.restart();
-    server.reply(callPath(Call::Instances), Reply::json(200, "{}"));
-    bench.bringAbout(Call::Instances);
-    QTRY_COMPARE(bench.view().status(), u"Loaded 0 Tarnwick project(s)."_s);
-    QCOMPARE(server.count(callPath(Call::CreateInstance)), 0);
-}
-
-QTEST_MAIN(SinglePassTest)
+TARNWICK_TEST(SinglePassTest)
 #include "single_pass_test.moc"

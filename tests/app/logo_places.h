@@ -23,9 +23,6 @@ using Qt::StringLiterals::operator""_s;
 class LogoPlaces
 {
 public:
-    /// Where the copy finds out that it is one, and what it shall do first.
-    static constexpr const char* wishVariable = "TARNWICK_LOGO_PROBE";
-
     explicit LogoPlaces(const QString& bundleName = u"Bundle"_s) : bundle(folder.filePath(bundleName))
     {
         QDir().mkpath(bundle + u"/MacOS"_s);
@@ -61,11 +58,8 @@ public:
     {
         const support::TemporaryHome home;
         QProcess process;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QString::fromLatin1(wishVariable), QString::fromLatin1(wish));
-        process.setProcessEnvironment(environment);
         process.setWorkingDirectory(startFolder.isEmpty() ? workingFolder() : startFolder);
-        process.start(program(), QStringList());
+        process.start(program(), {u"logo-report"_s, QString::fromLatin1(wish)});
         if (!process.waitForFinished() || process.exitCode() != 0) {
             return {{u"failure"_s, process.errorString() + QString::fromUtf8(process.readAll())}};
         }

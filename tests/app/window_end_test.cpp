@@ -1,177 +1,143 @@
 // Closing the window saves; destroying it does not.
-#include "app/tarnwick_client_window.h"
+#include "support/client_test.h"
 
-#include "support/message_catcher.h"
-#include "support/scripted_server.h"
-#include "support/service_bench.h"
-#include "support/temporary_home.h"
-
+#include <QApplication>
 #include <QCloseEvent>
 #include <QFile>
 #include <QNetworkAccessManager>
 #include <QPointer>
-#include <QTest>
 #include <QTimer>
 
-#include <memory>
-
 using support::Call;
+using support::ClientRun;
 
 class WindowEndTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
-    void closingRewritesTheFileEvenIfNothingChanged();
-    void everyCloseSavesAgain();
-    void aCloseWritesTheFileAndIsAccepted();
-    void aCloseIsNeverRefused();
-    void closingLeavesThePollTimerAndRequestsAlone();
-    void destroyingTheWindowWritesNothing();
-    void everythingTheWindowMadeGoesWithIt();
-    void aRequestInFlightEndsWithTheWindow();
+    void closingRewritesTheFileEvenIfNothingChanged()
+    {
+        const support::TemporaryHome home;
+        const QByteArray before = R"({"origin":"https://a.example","device_id":"d-1"})";
+        home.writeState(before);
+        const auto window = support::newClientWindow();
+        window->show();
+        QCOMPARE(home.readState(), before);
+        QVERIFY(window->close());
+        QCOMPARE(home.readState(), "{\n    \"device_id\": \"d-1\",\n    \"origin\": \"https://a.example\"\n}\n");
+    }
 
-private:
-    std::unique_ptr<support::MessageCatcher> messages;
+    void everyCloseSavesAgain()
+    {
+        const support::TemporaryHome home;
+        const auto window = support::newClientWindow();
+        for (int round = 0; round < 3; ++round) {
+            window->show();
+            QVERIFY(!QFile::exists(home.stateFile()));
+            QVERIFY(window->close());
+            QVERIFY(QFile::remove(home.stateFile()));
+        }
+    }
+
+    void aCloseSavesAndIsAccepted_data()
+    {
+        QTest::addColumn<bool>("byTheWindowSystem");
+        QTest::newRow("by the program") << false;
+        QTest::newRow("by the window system, as the user's close is") << true;
+    }
+
+    void aCloseSavesAndIsAccepted()
+    {
+        QFETCH(bool, byTheWindowSystem);
+        const support::TemporaryHome home;
+        const auto window = support::newClientWindow();
+        QCloseEvent event;
+        event.ignore();
+        if (byTheWindowSystem) {
+            QSpontaneKeyEvent::setSpontaneous(&event); // QTest's own way of marking an event as the user's
+        }
+        QCOMPARE(event.spontaneous(), byTheWindowSystem);
+        qApp->notify(window.get(), &event); // sendEvent() would take the mark away
+        QVERIFY(event.isAccepted());
+        QVERIFY(QFile::exists(home.stateFile()));
+    }
+
+    void aCloseIsNeverRefused()
+    {
+        ClientRun run;
+        QVERIFY(run.prepare(Call::CreateInstance));
+        run.server.hold(callPath(Call::CreateInstance));
+        run.window().show();
+        run.bringAbout(Call::CreateInstance);
+        QTRY_COMPARE(run.server.heldCount(callPath(Call::CreateInstance)), 1);
+        QVERIFY(run.window().close());
+        QVERIFY(!run.window().isVisible());
+        QCOMPARE(QApplication::activeModalWidget(), nullptr);
+    }
+
+    void closingLeavesThePollTimerAndRequestsAlone()
+    {
+        ClientRun run;
+        QVERIFY(run.prepare(Call::LinkPoll));
+        run.server.hold(callPath(Call::LinkPoll));
+        run.window().show();
+        run.bringAbout(Call::LinkPoll);
+        QTRY_COMPARE(run.server.heldCount(callPath(Call::LinkPoll)), 1);
+
+        QVERIFY(run.window().close());
+        QVERIFY(run.pollTimer()->isActive());
+        run.server.reply(callPath(Call::LinkPoll), support::Reply::json(202, R"({"message":"Still here"})"));
+        run.server.release(callPath(Call::LinkPoll));
+        QTRY_COMPARE(run.view().status(), u"Still here"_s);
+    }
+
+    void destroyingTheWindowWritesNothing()
+    {
+        const support::TemporaryHome home;
+        const QByteArray before = R"({"device_id":"kept"})";
+        home.writeState(before);
+        {
+            const auto window = support::newClientWindow();
+            window->show();
+            support::WindowView(*window).line(u"Tarnwick URL")->setText(u"https://typed.example"_s);
+        }
+        QCOMPARE(home.readState(), before);
+    }
+
+    void everythingTheWindowMadeGoesWithIt()
+    {
+        const support::TemporaryHome home;
+        const qsizetype topLevelBefore = QApplication::topLevelWidgets().size();
+        auto window = support::newClientWindow();
+        QList<QPointer<QObject>> objects;
+        const auto children = window->findChildren<QObject*>();
+        for (QObject* child : children) {
+            objects.append(child);
+        }
+        QVERIFY(window->findChild<QNetworkAccessManager*>({}, Qt::FindDirectChildrenOnly) != nullptr);
+        QVERIFY(window->findChild<QTimer*>({}, Qt::FindDirectChildrenOnly) != nullptr);
+
+        window.reset();
+        for (const QPointer<QObject>& object : std::as_const(objects)) {
+            QVERIFY(!object);
+        }
+        QCOMPARE(QApplication::topLevelWidgets().size(), topLevelBefore);
+    }
+
+    void aRequestInFlightEndsWithTheWindow()
+    {
+        ClientRun run;
+        run.server.hold(callPath(Call::Session));
+        run.startLinked();
+        const QByteArray before = run.home().readState();
+        QTRY_COMPARE(run.server.heldCount(callPath(Call::Session)), 1);
+        run.destroyWindow();
+        QTRY_COMPARE(run.server.openConnectionCount(), 0);
+        // No handler ran: a failed check would have taken the token out of the file.
+        QCOMPARE(run.home().readState(), before);
+    }
 };
 
-void WindowEndTest::init()
-{
-    messages = std::make_unique<support::MessageCatcher>();
-}
-
-void WindowEndTest::cleanup()
-{
-    QCOMPARE(messages->messages(), QStringList());
-    messages.reset();
-}
-
-void WindowEndTest::closingRewritesTheFileEvenIfNothingChanged()
-{
-    const support::TemporaryHome home;
-    const QByteArray before = R"({"origin":"https://a.example","device_id":"d-1"})";
-    home.writeState(before);
-    TarnwickClientWindow window;
-    window.show();
-    QCOMPARE(home.readState(), before);
-    QVERIFY(window.close());
-    QCOMPARE(home.readState(), "{\n    \"device_id\": \"d-1\",\n    \"origin\": \"https://a.example\"\n}\n");
-}
-
-void WindowEndTest::everyCloseSavesAgain()
-{
-    const support::TemporaryHome home;
-    TarnwickClientWindow window;
-    for (int round = 0; round < 3; ++round) {
-        window.show();
-        QVERIFY(!QFile::exists(home.stateFile()));
-        QVERIFY(window.close());
-        QVERIFY(QFile::remove(home.stateFile()));
-    }
-}
-
-void WindowEndTest::aCloseWritesTheFileAndIsAccepted()
-{
-    const support::TemporaryHome home;
-    TarnwickClientWindow window;
-    QCloseEvent event;
-    event.ignore();
-    QCoreApplication::sendEvent(&window, &event);
-    QVERIFY(event.isAccepted());
-    QVERIFY(QFile::exists(home.stateFile()));
-}
-
-void WindowEndTest::aCloseIsNeverRefused()
-{
-    support::ScriptedServer server;
-    support::ServiceBench bench(server, [] { return std::make_unique<TarnwickClientWindow>(); });
-    QVERIFY(bench.prepare(Call::CreateInstance));
-    server.hold(callPath(Call::CreateInstance));
-    bench.window().show();
-    bench.bringAbout(Call::CreateInstance);
-    QTRY_COMPARE(server.heldCount(callPath(Call::CreateInstance)), 1);
-    QVERIFY(bench.window().close());
-    QVERIFY(!bench.window().isVisible());
-    QCOMPARE(QApplication::activeModalWidget(), nullptr);
-}
-
-void WindowEndTest::closingLeavesThePollTimerAndRequestsAlone()
-{
-    support::ScriptedServer server;
-    support::ServiceBench bench(server, [] { return std::make_unique<TarnwickClientWindow>(); });
-    QVERIFY(bench.prepare(Call::LinkPoll));
-    server.hold(callPath(Call::LinkPoll));
-    bench.window().show();
-    bench.bringAbout(Call::LinkPoll);
-    QTRY_COMPARE(server.heldCount(callPath(Call::LinkPoll)), 1);
-
-    QVERIFY(bench.window().close());
-    const auto* timer = bench.window().findChild<QTimer*>({}, Qt::FindDirectChildrenOnly);
-    QVERIFY(timer->isActive());
-    server.reply(callPath(Call::LinkPoll), support::Reply::json(202, R"({"message":"Still here"})"));
-    server.release(callPath(Call::LinkPoll));
-    QTRY_COMPARE(bench.view().status(), u"Still here"_s);
-}
-
-void WindowEndTest::destroyingTheWindowWritesNothing()
-{
-    const support::TemporaryHome home;
-    {
-        TarnwickClientWindow window;
-        window.show();
-    }
-    QVERIFY(!QFile::exists(home.stateFile()));
-
-    const QByteArray before = R"({"device_id":"kept"})";
-    home.writeState(before);
-    {
-        const TarnwickClientWindow window;
-        support::WindowView(window).line(u"Tarnwick URL")->setText(u"https://typed.example"_s);
-    }
-    QCOMPARE(home.readState(), before);
-}
-
-void WindowEndTest::everythingTheWindowMadeGoesWithIt()
-{
-    const support::TemporaryHome home;
-    auto window = std::make_unique<TarnwickClientWindow>();
-    const QPointer<QNetworkAccessManager> manager =
-        window->findChild<QNetworkAccessManager*>({}, Qt::FindDirectChildrenOnly);
-    const QPointer<QTimer> timer = window->findChild<QTimer*>({}, Qt::FindDirectChildrenOnly);
-    QList<QPointer<QWidget>> widgets;
-    const auto children = window->findChildren<QWidget*>();
-    for (QWidget* child : children) {
-        widgets.append(child);
-    }
-    QVERIFY(manager);
-    QVERIFY(timer);
-    QVERIFY(widgets.size() > 23);
-    const auto before = QApplication::topLevelWidgets();
-    QVERIFY(before.contains(window.get()));
-
-    window.reset();
-    QVERIFY(!manager);
-    QVERIFY(!timer);
-    for (const QPointer<QWidget>& widget : std::as_const(widgets)) {
-        QVERIFY(!widget);
-    }
-}
-
-void WindowEndTest::aRequestInFlightEndsWithTheWindow()
-{
-    support::ScriptedServer server;
-    support::ServiceBench bench(server, [] { return std::make_unique<TarnwickClientWindow>(); });
-    server.hold(callPath(Call::Session));
-    bench.startLinked();
-    const QByteArray before = bench.home().readState();
-    QTRY_COMPARE(server.heldCount(callPath(Call::Session)), 1);
-    bench.destroyWindow();
-    QTRY_COMPARE(server.openConnectionCount(), 0);
-    // No handler ran: a failed check would have taken the token out of the file.
-    QCOMPARE(bench.home().readState(), before);
-}
-
-QTEST_MAIN(WindowEndTest)
+TARNWICK_TEST(WindowEndTest)
 #include "window_end_test.moc"

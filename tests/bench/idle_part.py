@@ -4,11 +4,11 @@ import contextlib
 import time
 
 import processes
-from client_home import DEVICE, write_home
+from harness.client_process import write_state
 from harness.page_visitor import PageVisitor
 from harness.service_process import ServiceProcess
+from harness.virtual_desktop import VirtualScreen
 from program_run import ProgramRun
-from quiet_screen import QuietScreen
 from report import Table
 
 MINUTE = 60.0
@@ -19,45 +19,38 @@ _SETTLING = 35.0
 def measure(bench):
     """All of them at the same time, each on a screen of its own: none does anything that the others could feel."""
     with contextlib.ExitStack() as stack:
-        def watched(words, home=None, focus=False):
-            screen = stack.enter_context(QuietScreen())
-            folder = None if home is None else write_home(screen.path("home"), *home)
-            return stack.enter_context(ProgramRun(bench.programs, screen, words, folder, focus))
 
-        service_screen = stack.enter_context(QuietScreen())
-        service = ServiceProcess(bench.service, service_screen.folder, service_screen.path("service.log"))
-        stack.callback(service.stop)
-        linked = (service.address, PageVisitor().link(service.address, DEVICE))
-        attainable = [bench.programs / "attainable_window"]
+        def watched(program, focus=False, **state):
+            screen = stack.enter_context(VirtualScreen())
+            write_state(screen.path("home"), **state)
+            return stack.enter_context(ProgramRun(screen, [program], screen.path("home"), focus)).pid
+
+        service_screen = stack.enter_context(VirtualScreen())
+        service = ServiceProcess(service_screen.folder, service_screen.path("service.log"))
+        unlinked = {"origin": service.address, "device_id": "bench-desktop"}
+        linked = unlinked | {"access_token": PageVisitor().link(service.address, "bench-desktop")}
         runs = {
-            "client, unlinked": watched([bench.client], (service.address,)),
-            "client, linked": watched([bench.client], linked),
-            "client, linked, with the keyboard": watched([bench.client], linked, focus=True),
-            "same widgets, no logic, with the keyboard": watched(attainable, focus=True),
+            "client, unlinked": watched(bench.client, **unlinked),
+            "client, linked": watched(bench.client, **linked),
+            "client, linked, with the keyboard": watched(bench.client, focus=True, **linked),
+            "same widgets, no logic, with the keyboard": watched(bench.programs / "attainable_window", focus=True),
         }
-        for run in runs.values():
-            run.wait_until_idle(quiet=1.0)
+        for pid in runs.values():
+            processes.wait_until_idle(pid, quiet=1.0)
         time.sleep(_SETTLING)
-        before = {name: _count(run) for name, run in runs.items()}
+        before = {name: _count(pid) for name, pid in runs.items()}
         time.sleep(MINUTE)  # the time is what is measured
-        after = {name: _count(run) for name, run in runs.items()}
-    return _table({name: _difference(before[name], after[name]) for name in runs})
+        table = Table("Idle for a minute", ["", "wake-ups", "processor time, ms"])
+        for name, pid in runs.items():
+            (threads_then, used_then), (threads_now, used_now) = before[name], _count(pid)
+            wake_ups = processes.wake_ups_between(threads_then, threads_now)
+            table.rows.append([name, str(wake_ups), f"{used_now - used_then:.2f}"])
+    table.remark = (
+        f"Counted from {_SETTLING:.0f} s after the start, when the toolkit has put away what it keeps for a while. A "
+        "window with the keyboard shows a text cursor in its first field; its blinking is the toolkit's."
+    )
+    return [table]
 
 
-def _count(run):
-    return processes.wake_ups(run.pid), run.processor_ms()
-
-
-def _difference(before, after):
-    return processes.wake_ups_between(before[0], after[0]), after[1] - before[1]
-
-
-def _table(counted):
-    table = Table("Idle for a minute", ["", "wake-ups", "processor time, ms"])
-    table.rows = [[name, str(wake_ups), f"{used:.2f}"] for name, (wake_ups, used) in counted.items()]
-    table.remarks.append(f"Counted from {_SETTLING:.0f} s after the start, when the toolkit has put away what it keeps "
-                         "for a while. A window with the keyboard shows a text cursor in its first field; its blinking "
-                         "is the toolkit's.")
-    table.figures = {name: {"wake_ups": wake_ups, "processor_ms": used}
-                     for name, (wake_ups, used) in counted.items()}
-    return table
+def _count(pid):
+    return processes.wake_ups(pid), processes.processor_ms(pid)

@@ -5,19 +5,23 @@ import os
 import pathlib
 import time
 
+import psutil
+
 _libc = ctypes.CDLL(None, use_errno=True)
 
 # Resets the highest memory use that the system remembers of a process.
 _RESET_HIGH_WATER = "5"
 
+MIB = 1024 * 1024
 
-def processor_seconds(pid):
-    """Processor time of all its threads so far, those that have ended included."""
+
+def processor_ms(pid):
+    """Processor time of all its threads so far, those that have ended included, to the nanosecond."""
     clock = ctypes.c_int()
     error = _libc.clock_getcpuclockid(pid, ctypes.byref(clock))
     if error != 0:
         raise ProcessLookupError(error, os.strerror(error))
-    return time.clock_gettime(clock.value)
+    return time.clock_gettime_ns(clock.value) / 1e6
 
 
 def wait_until_idle(pid, quiet=0.3, share=0.02, limit=60.0):
@@ -27,22 +31,25 @@ def wait_until_idle(pid, quiet=0.3, share=0.02, limit=60.0):
     """
     end = time.monotonic() + limit
     while time.monotonic() < end:
-        before, since = processor_seconds(pid), time.monotonic()
+        before, since = processor_ms(pid), time.monotonic()
         time.sleep(quiet)
-        if processor_seconds(pid) - before <= share * (time.monotonic() - since):
+        if processor_ms(pid) - before <= share * (time.monotonic() - since) * 1e3:
             return
     raise TimeoutError(f"process {pid} is busy after {limit:g} s")
 
 
 def private_mib(pid):
     """Memory that the process shares with nobody."""
-    sizes = _numbers(pid, "smaps_rollup")
-    return (sizes["Private_Clean"] + sizes["Private_Dirty"]) / 1024
+    return psutil.Process(pid).memory_full_info().uss / MIB
 
 
 def proportional_mib(pid):
     """Memory of the process, with what it shares divided by those that share it."""
-    return _numbers(pid, "smaps_rollup")["Pss"] / 1024
+    return psutil.Process(pid).memory_full_info().pss / MIB
+
+
+def resident_mib(pid):
+    return psutil.Process(pid).memory_info().rss / MIB
 
 
 def reset_peak(pid):
@@ -51,18 +58,14 @@ def reset_peak(pid):
 
 def peak_mib(pid):
     """The most memory in use since `reset_peak`, shared memory included."""
-    return _numbers(pid, "status")["VmHWM"] / 1024
-
-
-def resident_mib(pid):
-    return _numbers(pid, "status")["VmRSS"] / 1024
+    return _status(f"/proc/{pid}/status")["VmHWM"] / 1024
 
 
 def wake_ups(pid):
     """How often each of its threads was put on a processor so far, by the thread's number."""
     counts = {}
     for thread in os.listdir(f"/proc/{pid}/task"):
-        status = parse_numbers(pathlib.Path(f"/proc/{pid}/task/{thread}/status").read_text(encoding="utf-8"))
+        status = _status(f"/proc/{pid}/task/{thread}/status")
         counts[thread] = status["voluntary_ctxt_switches"] + status["nonvoluntary_ctxt_switches"]
     return counts
 
@@ -73,58 +76,7 @@ def wake_ups_between(before, after):
     return ended + sum(count - before.get(thread, 0) for thread, count in after.items())
 
 
-def loaded_libraries(pid):
-    """The shared libraries and plugins that are mapped into the process."""
-    paths = {line.split(maxsplit=5)[5].strip() for line in _lines(pid, "maps") if line.count("/")}
-    return sorted(path for path in paths if ".so" in os.path.basename(path))
-
-
-def family(pid):
-    """The process, its descendants, and what runs in its process group."""
-    parents, groups = {}, {}
-    for name in filter(str.isdigit, os.listdir("/proc")):
-        try:
-            # The program's name stands in brackets and may hold anything.
-            fields = pathlib.Path(f"/proc/{name}/stat").read_text(encoding="utf-8").rpartition(")")[2].split()
-        except (FileNotFoundError, ProcessLookupError):
-            continue
-        parents[int(name)], groups[int(name)] = int(fields[1]), int(fields[2])
-    members = {pid} | {each for each, group in groups.items() if group == pid}
-    grown = True
-    while grown:
-        children = {each for each, parent in parents.items() if parent in members} - members
-        members |= children
-        grown = bool(children)
-    return sorted(members)
-
-
-def naming(path):
-    """The processes that have this path in their command line."""
-    found = []
-    for name in filter(str.isdigit, os.listdir("/proc")):
-        try:
-            if os.fsencode(path) in pathlib.Path(f"/proc/{name}/cmdline").read_bytes():
-                found.append(int(name))
-        except (FileNotFoundError, ProcessLookupError):
-            continue
-    return found
-
-
-def parse_numbers(text):
-    """The lines "Name:  number ..." of a text, as a dictionary."""
-    numbers = {}
-    for line in text.splitlines():
-        name, _, rest = line.partition(":")
-        words = rest.split()
-        if words and words[0].isdigit():
-            numbers[name] = int(words[0])
-    return numbers
-
-
-def _numbers(pid, name):
-    return parse_numbers("".join(_lines(pid, name)))
-
-
-def _lines(pid, name):
-    with open(f"/proc/{pid}/{name}", encoding="utf-8", errors="replace") as source:
-        return source.readlines()
+def _status(file):
+    """The numbers of a file with lines of the form "Name:  number ..."."""
+    lines = (line.split() for line in pathlib.Path(file).read_text(encoding="utf-8").splitlines())
+    return {words[0][:-1]: int(words[1]) for words in lines if len(words) > 1 and words[1].isdigit()}

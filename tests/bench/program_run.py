@@ -1,42 +1,70 @@
-"""One run of a program on a virtual screen, watched from outside."""
+"""One run of a program on a virtual screen, watched from outside: through the X server and its pixels."""
 
+import collections
+import ctypes
+import mmap
+import os
 import select
-import subprocess
+import shutil
+import signal
+import struct
+import threading
+import time
 
 import processes
 from harness.client_process import REPOSITORY
+from Xlib import X, display, error
+from Xlib.protocol.event import ClientMessage
 
-# A program that shows no window within this time is broken, in seconds.
+# No program paints this.
+_ROOT_COLOUR = 0x0001FE03
+# Splash screens, tips and windows that are never seen are smaller.
+_LEAST_WIDTH, _LEAST_HEIGHT = 400, 300
+# A shadow or a rounded corner may stay free. The pixels are looked at in a coarse grid, ten times a millisecond.
+_WHOLE_PICTURE = 0.95
+_GRID, _GLANCE = 32, 0.0001
 _LIMIT = 70
+
+_PR_SET_TIMERSLACK = 29
+ctypes.CDLL(None).prctl(_PR_SET_TIMERSLACK, 1)
 
 
 class ProgramRun:
-    """Starts the program and waits for the first whole picture of its window."""
+    """Starts the program and waits for the first whole picture of its window. `focus` then gives it the keyboard."""
 
-    def __init__(self, programs, screen, words, home=None, focus=False):
-        self._programs = programs
+    def __init__(self, screen, words, home=None, focus=False):
         self._screen = screen
-        self._environment = dict(screen.environment)
-        if home is not None:
-            self._environment["HOME"] = str(home)
-        watcher = [programs / "first_frame", *(["--focus"] if focus else []), screen.file, *words]
-        # From the repository's root, where the client finds the logo.
-        self._watcher = subprocess.Popen([str(word) for word in watcher], stdin=subprocess.PIPE, cwd=REPOSITORY,
-                                         stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, bufsize=0,
-                                         env=self._environment)
+        environment = screen.environment | {"QT_QPA_PLATFORM": "xcb"} | ({"HOME": str(home)} if home else {})
+        self._display = display.Display(screen.environment["DISPLAY"])
+        root = self._display.screen().root
+        root.change_attributes(background_pixel=_ROOT_COLOUR, event_mask=X.SubstructureNotifyMask)
+        root.clear_area()
+        self._display.sync()
+        program = shutil.which(str(words[0]))
+        os.chdir(REPOSITORY)  # where the client finds the logo
+        start = time.perf_counter_ns()
+        self.pid = os.posix_spawn(
+            program,
+            [str(word) for word in words],
+            environment,
+            setpgroup=0,
+            file_actions=[(os.POSIX_SPAWN_OPEN, number, os.devnull, os.O_RDWR, 0) for number in (0, 1, 2)],
+        )
         try:
-            self.pid = int(self._told("pid")[0])
-            self.window, wall, used = map(int, self._told("painted"))
+            self._wait_for_picture()
+            self.first_frame_ms = (time.perf_counter_ns() - start) / 1e6
+            self.first_frame_processor_ms = processes.processor_ms(self.pid)
         except BaseException:
             self.end()
             raise
-        self.first_frame_ms = wall / 1e6
-        self.first_frame_processor_ms = used / 1e6
+        if focus:
+            self._display.set_input_focus(self.window, X.RevertToParent, X.CurrentTime)
+            self._display.sync()
 
     def end(self):
-        self._watcher.stdin.close()
-        self._watcher.wait(timeout=10)
-        self._watcher.stdout.close()
+        os.killpg(self.pid, signal.SIGKILL)
+        os.waitpid(self.pid, 0)
+        self._display.close()
 
     def __enter__(self):
         return self
@@ -44,34 +72,82 @@ class ProgramRun:
     def __exit__(self, *_exception):
         self.end()
 
-    def processor_ms(self):
-        return processes.processor_seconds(self.pid) * 1e3
-
-    def wait_until_idle(self, **options):
-        processes.wait_until_idle(self.pid, **options)
-
     def ask_for_answers(self):
         """Starts asking the window, once a millisecond, whether it answers."""
-        return AnswerWatch(self._programs / "answer_watch", self.window, self._environment)
+        return AnswerWatch(self._screen.environment["DISPLAY"], self.window.id)
 
-    def _told(self, word):
-        told, _, _ = select.select([self._watcher.stdout], [], [], _LIMIT)
-        words = self._watcher.stdout.readline().decode().split() if told else []
-        if not words or words[0] != word:
-            raise RuntimeError(f"no '{word}' from {' '.join(map(str, self._watcher.args))}")
-        return words[1:]
+    def _wait_for_picture(self):
+        end = time.monotonic() + _LIMIT
+        self.window = None
+        with open(self._screen.file, "rb") as file, mmap.mmap(file.fileno(), 0, access=mmap.ACCESS_READ) as dump:
+            # An X window dump: 25 big-endian numbers, then a colour map, then four bytes for each pixel.
+            header = struct.unpack(">25I", dump[:100])
+            first, line = (header[0] + header[19] * 12) // 4, header[12] // 4
+            with memoryview(dump) as content, content.cast("I") as pixels:
+                while not (self.window or self._find_window()) or self._painted(pixels[first:], line) < _WHOLE_PICTURE:
+                    if time.monotonic() > end or os.waitid(os.P_PID, self.pid, os.WEXITED | os.WNOHANG | os.WNOWAIT):
+                        raise RuntimeError(f"no window of process {self.pid}")
+                    time.sleep(_GLANCE)
+
+    def _find_window(self):
+        """The main window as soon as it is there. Later ones do not count."""
+        while self.window is None and self._display.pending_events():
+            event = self._display.next_event()
+            if event.type == X.MapNotify:
+                try:
+                    area = event.window.get_geometry()
+                except error.BadDrawable:  # it is gone already
+                    continue
+                if area.width >= _LEAST_WIDTH and area.height >= _LEAST_HEIGHT:
+                    self.window, self._area = event.window, area
+        return self.window
+
+    def _painted(self, pixels, line):
+        """The share of the window's area that has not the root's colour any more."""
+        left, right = max(self._area.x, 0) + 2, min(self._area.x + self._area.width, self._screen.width) - 2
+        bottom = min(self._area.y + self._area.height, self._screen.height) - 2
+        rows = range(max(self._area.y, 0) + 2, bottom, _GRID)
+        points = [pixels[row * line + left : row * line + right : _GRID].tolist() for row in rows]
+        free = sum(row.count(_ROOT_COLOUR) for row in points)
+        return 1 - free / sum(map(len, points))
 
 
-class AnswerWatch:
-    """Asks a window until `longest_ms` is called."""
+class AnswerWatch(threading.Thread):
+    """Asks a window until `longest_ms` is called, as a window manager asks before it says "not responding"."""
 
-    def __init__(self, program, window, environment):
-        self._watcher = subprocess.Popen([str(program), str(window)], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                                         env=environment)
+    def __init__(self, screen, window):
+        super().__init__(daemon=True)
+        self._display = display.Display(screen)
+        self._window = self._display.create_resource_object("window", window)
+        self._ending = threading.Event()
+        self._longest = 0.0
+        self.start()
 
     def longest_ms(self):
         """The longest time that the window left a question open."""
-        told, _ = self._watcher.communicate(timeout=_LIMIT)
-        if self._watcher.returncode != 0:
+        self._ending.set()
+        self.join(_LIMIT)
+        if self.is_alive():
             raise RuntimeError("the window did not answer")
-        return int(told) / 1e6
+        self._display.close()
+        return self._longest * 1e3
+
+    def run(self):
+        protocols, ping = (self._display.intern_atom(name) for name in ("WM_PROTOCOLS", "_NET_WM_PING"))
+        self._display.screen().root.change_attributes(event_mask=X.StructureNotifyMask | X.SubstructureNotifyMask)
+        asked, due = collections.deque(), time.perf_counter()
+        while asked or not self._ending.is_set():
+            if not self._ending.is_set() and time.perf_counter() >= due:
+                question = ping, len(asked) + 1, self._window.id, 0, 0
+                self._window.send_event(ClientMessage(window=self._window, client_type=protocols, data=(32, question)))
+                self._display.flush()
+                asked.append(time.perf_counter())
+                due += 0.001
+            select.select(
+                [self._display], [], [], max(due - time.perf_counter(), 0) if not self._ending.is_set() else 1
+            )
+            while self._display.pending_events():
+                event = self._display.next_event()
+                # Answers come in order.
+                if event.type == X.ClientMessage and event.data[1][0] == ping and asked:
+                    self._longest = max(self._longest, time.perf_counter() - asked.popleft())

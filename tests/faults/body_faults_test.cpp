@@ -1,215 +1,170 @@
-// Bodies that are not what the service sends: whatever arrives, each call ends as the rules for its text say.
-#include "app/tarnwick_client_window.h"
+// Bodies that are not what the service sends.
 #include "faults/fault_run.h"
+#include "support/client_test.h"
 
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QTest>
-
-#include <memory>
-
-using faults::FaultOutcome;
+using faults::FaultRun;
+using faults::Outcome;
+using faults::WindowSight;
 using support::Call;
 using support::Reply;
+
+namespace {
+
+QByteArray bodyNested(const QByteArray& open, const QByteArray& close)
+{
+    return open.repeated(5000) + close.repeated(5000);
+}
+
+QByteArray bodyOfManyKeys()
+{
+    QByteArray body = "{";
+    for (int key = 0; key < 100000; ++key) {
+        body += "\"k" + QByteArray::number(key) + "\":1,";
+    }
+    return body + support::json("'message':'the last'}");
+}
+
+/// Every key that is read anywhere, all with the same value.
+QByteArray bodyOfEveryKey(const QByteArray& value)
+{
+    return support::json("{'message':?,'error':?,'code':?,'approve_url':?,'access_token':?,'user':?,"
+                         "'available_cores':?,'instances':?}")
+        .replace('?', value);
+}
+
+/// Containers of the right type whose members have the value.
+QByteArray bodyOfEveryInnerKey(const QByteArray& value)
+{
+    return support::json(
+               "{'user':{'display_name':?,'plan_name':?,'gdps_limit_label':?},"
+               "'available_cores':[?,{'key':?,'label':'only'},{'key':'k','label':?},{'key':'whole','label':'Whole'}],"
+               "'instances':[?,{'core_label':?,'display_name':?,'manage_url':?,'public_url':?,'slug':?,'status':?}]}")
+        .replace('?', value);
+}
+
+} // namespace
 
 class BodyFaultsTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void whatIsNoObjectReadsAsAnEmptyOne_data();
-    void whatIsNoObjectReadsAsAnEmptyOne();
-    void anOddObjectIsReadForWhatItHas_data();
-    void anOddObjectIsReadForWhatItHas();
-    void aValueOfTheWrongTypeCountsAsNone_data();
-    void aValueOfTheWrongTypeCountsAsNone();
+    void initTestCase() { QVERIFY(list.play(Call::Instances, Reply::json(200, "{}"))); }
 
-private:
-    static std::unique_ptr<faults::FaultRun> newRun()
+    void whatIsNoObjectReadsAsAnEmptyOne_data()
     {
-        return std::make_unique<faults::FaultRun>([] { return std::make_unique<TarnwickClientWindow>(); });
+        QTest::addColumn<QByteArray>("body");
+        const auto add = [](const char* name, const QByteArray& body) {
+            QTest::newRow(name) << body;
+        };
+        add("empty", "");
+        add("a page", "<!DOCTYPE html><html><body><h1>It works!</h1></body></html>");
+        add("an array", support::json("[{'message':'in an array'}]"));
+        add("a text", support::json("'message'"));
+        add("cut", support::json("{'message':'cut'"));
+        add("a comma too many", support::json("{'message':'comma',}"));
+        add("two objects", support::json("{'message':'a'}{'message':'b'}"));
+        add("arrays in arrays", bodyNested("[", "]"));
+        add("objects in objects", bodyNested(support::json("{'message':"), "}"));
+        add("arrays in arrays in an object", support::json("{'message':'deep','x':") + bodyNested("[", "]") + '}');
+        add("bad UTF-8", "{\"message\":\"\xff\xfe\"}");
+        add("UTF-8 cut within a character", "{\"message\":\"\xf0\x9f\x94\"}");
+        add("UTF-16", QByteArray("{\0\"\0m\0\"\0:\0\"\0x\0\"\0}\0", 16));
+        add("a NUL byte after the object", QByteArray("{\"message\":\"a\"}\0", 16));
+        // These two are objects, but hold nothing that counts.
+        add("the message further in", support::json("{'data':{'message':'further in'}}"));
+        add("other letter case", support::json("{'Message':'large','ERROR':'larger'}"));
     }
-    static void addRows(const char* name, const QByteArray& body);
-    static void checkRow(Call call, int status, const QByteArray& body, const QJsonObject& read);
-};
 
-namespace {
-
-QByteArray bodyFaultNested(const QByteArray& open, const QByteArray& close, int depth)
-{
-    return open.repeated(depth) + close.repeated(depth);
-}
-
-/// Every key that is read anywhere, all with the same value.
-QByteArray bodyFaultEveryKey(const QByteArray& value)
-{
-    QByteArray body = "{";
-    for (const char* key : {"code", "approve_url", "message", "error", "access_token", "user", "available_cores",
-                            "instances", "display_name", "plan_name"}) {
-        body += '"' + QByteArray(key) + "\":" + value + ',';
+    void whatIsNoObjectReadsAsAnEmptyOne()
+    {
+        QFETCH(QByteArray, body);
+        QVERIFY(list.playAgain(Reply::json(200, body)));
+        list.check(Outcome::success());
+        QVERIFY(list.playAgain(Reply::json(502, body)));
+        list.check(Outcome::failed(502, u"Tarnwick returned HTTP 502."_s));
     }
-    body.back() = '}';
-    return body;
-}
 
-/// Containers of the right type whose members have the value.
-QByteArray bodyFaultEveryInnerKey(const QByteArray& value)
-{
-    QByteArray body =
-        R"({"user":{"display_name":?,"plan_name":?,"gdps_limit_label":?},)"
-        R"("available_cores":[?,{"key":?,"label":"only"},{"key":"k","label":?},{"key":"whole","label":"Whole"}],)"
-        R"("instances":[?,{"core_label":?,"display_name":?,"manage_url":?,"public_url":?,)"
-        R"("slug":?,"status":?}]})";
-    return body.replace('?', value);
-}
-
-/// An object that is odd, and what has to be read of it.
-struct OddObject
-{
-    const char* name;
-    QByteArray bytes;
-    QJsonObject read;
-};
-
-QJsonObject bodyFaultMessage(const QString& text)
-{
-    return {{u"message"_s, text}};
-}
-
-QByteArray bodyFaultManyKeys()
-{
-    QByteArray body = "{";
-    for (int key = 0; key < 100000; ++key) {
-        body += "\"k" + QByteArray::number(key) + "\":1,";
+    void anOddObjectIsReadForWhatItHas_data()
+    {
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<QString>("message");
+        const auto add = [](const char* name, const QByteArray& body, const QString& message) {
+            QTest::newRow(name) << body << message;
+        };
+        add("a byte-order mark", "\xef\xbb\xbf{\"message\":\"marked\"}", u"marked"_s);
+        add("blanks around it", " \n{\"message\":\"blanks\"}\r\n ", u"blanks"_s);
+        add("a key twice", support::json("{'message':'first','message':'second'}"), u"second"_s);
+        add("half a surrogate pair", support::json("{'message':'half \\ud83d of it'}"),
+            u"half "_s + QChar(0xd83d) + u" of it"_s);
+        add("every escape", support::json("{'message':'\\u0000\\u0007\\b\\f\\n\\r\\t\\'\\\\\\/'}"),
+            QString(QChar(0)) + u"\a\b\f\n\r\t\"\\/"_s);
+        add("a key without a name", support::json("{'':'nothing','message':'named'}"), u"named"_s);
+        add("a hundred thousand keys", bodyOfManyKeys(), u"the last"_s);
+        add("placeholders", support::json("{'message':'100%1 of %2 used: %L3 %%'}"), u"100%1 of %2 used: %L3 %%"_s);
+        add("blanks around the text", support::json("{'message':'  kept\\r\\n'}"), u"  kept\r\n"_s);
     }
-    return body + R"("message":"the last"})";
-}
 
-QList<OddObject> bodyFaultOddObjects()
-{
-    return {
-        {"a byte-order mark", "\xef\xbb\xbf{\"message\":\"marked\"}", bodyFaultMessage(u"marked"_s)},
-        {"blanks around it", " \n{\"message\":\"blanks\"}\r\n ", bodyFaultMessage(u"blanks"_s)},
-        {"a key twice", R"({"message":"first","message":"second"})", bodyFaultMessage(u"second"_s)},
-        {"half a surrogate pair",
-         R"({"message":"half \ud83d of it","code":"\udd25"})",
-         {{u"message"_s, u"half "_s + QChar(0xd83d) + u" of it"_s}, {u"code"_s, QString(QChar(0xdd25))}}},
-        {"every escape", R"({"message":"\u0000\u0007\b\f\n\r\t\"\\\/"})",
-         bodyFaultMessage(QString(QChar(0)) + u"\a\b\f\n\r\t\"\\/"_s)},
-        {"a key without a name", R"({"":"nothing","message":"named"})", bodyFaultMessage(u"named"_s)},
-        {"an empty object", "{}", {}},
-        {"a hundred thousand keys", bodyFaultManyKeys(), bodyFaultMessage(u"the last"_s)},
-    };
-}
-
-} // namespace
-
-void BodyFaultsTest::addRows(const char* name, const QByteArray& body)
-{
-    const auto calls = support::allCalls();
-    for (const Call call : calls) {
-        QTest::addRow("%s, 200: %s", support::callName(call), name) << call << 200 << body;
-        QTest::addRow("%s, 502: %s", support::callName(call), name) << call << 502 << body;
+    void anOddObjectIsReadForWhatItHas()
+    {
+        QFETCH(QByteArray, body);
+        QFETCH(QString, message);
+        FaultRun creation;
+        QVERIFY(creation.play(Call::CreateInstance, Reply::json(502, body)));
+        creation.check(Outcome::failed(502, message));
+        FaultRun poll;
+        QVERIFY(poll.play(Call::LinkPoll, Reply::json(200, body)));
+        poll.check(Outcome::success(200, {{u"status"_s, message}}));
     }
-}
 
-void BodyFaultsTest::checkRow(Call call, int status, const QByteArray& body, const QJsonObject& read)
-{
-    FaultOutcome outcome{.status = status, .errorText = {}, .body = read};
-    if (status >= 400) {
-        const QString words = read.value(u"message"_s).toString();
-        outcome.errorText = words.isEmpty() ? u"Tarnwick returned HTTP %1."_s.arg(status) : words;
+    void theContentTypeDoesNotMatter_data()
+    {
+        QTest::addColumn<QByteArray>("type");
+        QTest::newRow("text") << QByteArray("text/plain");
+        QTest::newRow("HTML") << QByteArray("text/html; charset=latin1");
+        QTest::newRow("nonsense") << QByteArray("!");
     }
-    const auto run = newRun();
-    QVERIFY(run->play(call, Reply::json(status, body)));
-    QVERIFY(run->wasBusy());
-    QCOMPARE(run->seen(), run->expected(outcome));
-    QCOMPARE(run->arrivals(outcome), run->expectedArrivals(outcome));
-    QVERIFY(run->stillAnswers());
-    QCOMPARE(run->messages(), QStringList());
-}
 
-void BodyFaultsTest::whatIsNoObjectReadsAsAnEmptyOne_data()
-{
-    QTest::addColumn<Call>("call");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QByteArray>("body");
-    addRows("empty", "");
-    addRows("blanks", " \r\n\t ");
-    addRows("a page", "<!DOCTYPE html><html><body><h1>It works!</h1></body></html>");
-    addRows("an array", R"([{"message":"in an array"}])");
-    addRows("a text", R"("message")");
-    addRows("a number", "42");
-    addRows("null", "null");
-    addRows("cut", R"({"message":"cut)");
-    addRows("a comma too many", R"({"message":"comma",})");
-    addRows("two objects", R"({"message":"a"}{"message":"b"})");
-    addRows("single quotes", "{'message':'quotes'}");
-    addRows("5,000 arrays deep", bodyFaultNested("[", "]", 5000));
-    addRows("5,000 objects deep", bodyFaultNested(R"({"message":)", "}", 5000));
-    addRows("5,000 deep in an object", R"({"message":"deep","instances":)" + bodyFaultNested("[", "]", 5000) + '}');
-    addRows("bad UTF-8", "{\"message\":\"\xff\xfe\"}");
-    addRows("UTF-8 cut within a character", "{\"message\":\"\xf0\x9f\x94\"}");
-    addRows("UTF-16", QByteArray("{\0\"\0m\0\"\0:\0\"\0x\0\"\0}\0", 16));
-    addRows("NUL bytes", QByteArray("\0\0\0\0", 4));
-    addRows("a NUL byte after the object", QByteArray("{\"message\":\"a\"}\0", 16));
-}
+    void theContentTypeDoesNotMatter()
+    {
+        QFETCH(QByteArray, type);
+        QVERIFY(list.playAgain(Reply::json(500, R"({"message":"Größe"})").header("Content-Type", type)));
+        list.check(Outcome::failed(500, u"Größe"_s));
+    }
 
-void BodyFaultsTest::whatIsNoObjectReadsAsAnEmptyOne()
-{
-    QFETCH(Call, call);
-    QFETCH(int, status);
-    QFETCH(QByteArray, body);
-    checkRow(call, status, body, {});
-}
-
-void BodyFaultsTest::anOddObjectIsReadForWhatItHas_data()
-{
-    QTest::addColumn<Call>("call");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QByteArray>("body");
-    QTest::addColumn<QJsonObject>("read");
-    const auto calls = support::allCalls();
-    const auto bodies = bodyFaultOddObjects();
-    for (const Call call : calls) {
-        for (const OddObject& odd : bodies) {
-            for (const int status : {200, 502}) {
-                QTest::addRow("%s, %d: %s", support::callName(call), status, odd.name)
-                    << call << status << odd.bytes << odd.read;
+    void aValueOfTheWrongTypeCountsAsNone_data()
+    {
+        QTest::addColumn<Call>("call");
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<WindowSight>("shows");
+        for (const char* value : {"7", "null", "[]", R"({"x":"y"})"}) {
+            for (const Call call : support::allCalls()) {
+                QTest::addRow("%s: %s", support::callName(call), value)
+                    << call << bodyOfEveryKey(value) << WindowSight();
             }
+            const QByteArray body = bodyOfEveryInnerKey(value);
+            QTest::addRow("session: %s, inside", value)
+                << Call::Session << body << WindowSight{{u"cores"_s, u"k = k, Whole = whole"_s}, {u"Core"_s, u"k"_s}};
+            QTest::addRow("instances: %s, inside", value)
+                << Call::Instances << body
+                << WindowSight{{u"projects"_s, u"[ |  |  | ][ |  |  | ]"_s},
+                               {u"status"_s, u"Loaded 2 Tarnwick project(s)."_s}};
         }
     }
-}
 
-void BodyFaultsTest::anOddObjectIsReadForWhatItHas()
-{
-    QFETCH(Call, call);
-    QFETCH(int, status);
-    QFETCH(QByteArray, body);
-    QFETCH(QJsonObject, read);
-    checkRow(call, status, body, read);
-}
-
-void BodyFaultsTest::aValueOfTheWrongTypeCountsAsNone_data()
-{
-    QTest::addColumn<Call>("call");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QByteArray>("body");
-    for (const char* value : {"7", "-1e308", "true", "null", "[]", R"(["x"])", "{}", R"({"x":"y"})"}) {
-        addRows(value, bodyFaultEveryKey(value));
-        addRows(qPrintable(QLatin1StringView(value) + u", inside"_s), bodyFaultEveryInnerKey(value));
+    void aValueOfTheWrongTypeCountsAsNone()
+    {
+        QFETCH(Call, call);
+        QFETCH(QByteArray, body);
+        QFETCH(WindowSight, shows);
+        FaultRun run;
+        QVERIFY(run.play(call, Reply::json(200, body)));
+        run.check(Outcome::success(200, shows));
     }
-}
 
-void BodyFaultsTest::aValueOfTheWrongTypeCountsAsNone()
-{
-    QFETCH(Call, call);
-    QFETCH(int, status);
-    QFETCH(QByteArray, body);
-    const QJsonObject read = QJsonDocument::fromJson(body).object();
-    QVERIFY(!read.value(u"message"_s).isString());
-    checkRow(call, status, body, read);
-}
+private:
+    FaultRun list;
+};
 
-QTEST_MAIN(BodyFaultsTest)
+TARNWICK_TEST(BodyFaultsTest)
 #include "body_faults_test.moc"

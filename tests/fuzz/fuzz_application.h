@@ -1,15 +1,16 @@
 #pragma once
 
+#include "support/client_window.h"
+#include "support/temporary_home.h"
+
 #include <QApplication>
-#include <QDir>
-#include <QTemporaryDir>
 
 #include <cstdio>
 #include <cstdlib>
 
 namespace fuzz {
 
-/// Ends the run when something that must hold does not; the input that led to it is kept.
+/// Aborts when something that must hold does not; the input that led to it is kept.
 inline void demand(bool holds, const char* what)
 {
     if (!holds) {
@@ -18,29 +19,21 @@ inline void demand(bool holds, const char* what)
     }
 }
 
-/// What a window needs around it: an application without a screen, and a home of its own, in memory if possible.
+/// What a window needs around it: a home of its own and an application without a screen.
 class FuzzApplication
 {
 public:
     FuzzApplication()
-        : homeFolder((QDir(QStringLiteral("/dev/shm")).exists() ? QStringLiteral("/dev/shm") : QDir::tempPath()) +
-                     QStringLiteral("/tarnwick-fuzz-XXXXXX"))
     {
-        demand(homeFolder.isValid(), "there is a home");
-        qputenv("HOME", homeFolder.path().toUtf8());
         qputenv("QT_QPA_PLATFORM", "offscreen");
         static int argc = 1;
         static char name[] = "fuzz";
         static char* argv[] = {name, nullptr};
-        application = new QApplication(argc, argv); // ends with the process
+        static auto* const application = new QApplication(argc, argv); // ends with the process
+        static_cast<void>(application);
     }
 
-    QString stateFolder() const { return homeFolder.path() + QStringLiteral("/Library/Application Support/Tarnwick"); }
-    QString stateFile() const { return stateFolder() + QStringLiteral("/pc-client-state.json"); }
-
-private:
-    QTemporaryDir homeFolder;
-    QApplication* application = nullptr;
+    const support::TemporaryHome home;
 };
 
 } // namespace fuzz

@@ -1,65 +1,34 @@
 // Hands any reply to the window: the kind, the status, how the transfer ended, and the body. Everything that the reply
 // may change has to be afterwards what the rules make of it.
-#include "app/tarnwick_client_window.h"
 #include "fuzz/fuzz_application.h"
-#include "fuzz/window_sight.h"
-#include "support/private_member.h"
+#include "fuzz/invented_answer.h"
+#include "support/client_window.h"
+#include "support/creation_form.h"
 
 #include <QJsonDocument>
-#include <QJsonObject>
-#include <QLineEdit>
 #include <QNetworkReply>
 
 #include <algorithm>
 #include <utility>
 
-struct HandleReply
-{
-    using Type = void (TarnwickClientWindow::*)(QNetworkReply*);
-    friend Type memberOf(HandleReply tag);
-};
-struct SetBusy
-{
-    using Type = void (TarnwickClientWindow::*)(TaskKind, bool);
-    friend Type memberOf(SetBusy tag);
-};
-struct IsBusy
-{
-    using Type = bool (TarnwickClientWindow::*)(TaskKind) const;
-    friend Type memberOf(IsBusy tag);
-};
-struct Unlink
-{
-    using Type = void (TarnwickClientWindow::*)();
-    friend Type memberOf(Unlink tag);
-};
-struct State
-{
-    using Type = ClientState TarnwickClientWindow::*;
-    friend Type memberOf(State tag);
-};
-
-template struct PrivateMember<HandleReply, &TarnwickClientWindow::handleReply>;
-template struct PrivateMember<SetBusy, &TarnwickClientWindow::setBusy>;
-template struct PrivateMember<IsBusy, &TarnwickClientWindow::isBusy>;
-template struct PrivateMember<Unlink, &TarnwickClientWindow::unlink>;
-template struct PrivateMember<State, &TarnwickClientWindow::state>;
-
 namespace {
 
-/// A finished reply that was never on any wire.
+using fuzz::Answer;
+using support::Call;
+using support::WindowInside;
+
 class InventedReply : public QNetworkReply
 {
 public:
-    InventedReply(int kind, int status, NetworkError transferError, QByteArray content) : body(std::move(content))
+    InventedReply(const Answer& answer, QByteArray content) : body(std::move(content))
     {
-        setProperty("taskKind", kind);
-        if (status != 0) {
-            setAttribute(QNetworkRequest::HttpStatusCodeAttribute, status);
+        setProperty("taskKind", answer.kind);
+        if (answer.status != 0) {
+            setAttribute(QNetworkRequest::HttpStatusCodeAttribute, answer.status);
         }
         open(QIODevice::ReadOnly); // forgets an error
-        if (transferError != NoError) {
-            setError(transferError, QStringLiteral("transfer error"));
+        if (answer.transferFailed) {
+            setError(UnknownNetworkError, QStringLiteral("cut"));
         }
         setFinished(true);
     }
@@ -81,71 +50,69 @@ private:
     qint64 position = 0;
 };
 
-/// A linked window that waits for nothing. What it sends goes nowhere: its base URL has no host.
-TarnwickClientWindow& fuzzWindow()
+/// A window that waits for nothing. What it sends goes nowhere: its base URL has no host.
+QWidget& idleWindow()
 {
     static const fuzz::FuzzApplication application;
-    static auto* window = [] {
-        auto* made = new TarnwickClientWindow;
-        const auto fields = made->findChildren<QLineEdit*>();
-        for (QLineEdit* field : fields) {
-            if (field->placeholderText().startsWith(u"https://"_s)) {
-                field->setText(u"http://"_s);
-            }
-        }
-        return made;
-    }();
-    (window->*memberOf(Unlink()))();
-    (window->*memberOf(State())).access_token = u"token"_s;
+    static QWidget* const window = support::newClientWindow().release(); // ends with the process
+    support::WindowView(*window).line(u"Tarnwick URL")->setText(QStringLiteral("http://"));
     return *window;
 }
 
-void fuzzHandle(TarnwickClientWindow& window, const fuzz::Answer& answer, const QByteArray& body)
+void handle(QWidget& window, const Answer& answer, const QByteArray& body = {})
 {
-    if (answer.kind >= 0 && answer.kind < static_cast<int>(taskKindCount)) {
-        (window.*memberOf(SetBusy()))(static_cast<TaskKind>(answer.kind), true);
+    const WindowInside inside(window);
+    if (answer.isOfAKnownKind()) {
+        inside.setBusy(answer.kind, true);
     }
-    const auto transferError = answer.transferFailed ? QNetworkReply::UnknownNetworkError : QNetworkReply::NoError;
-    (window.*memberOf(HandleReply()))(new InventedReply(answer.kind, answer.status, transferError, body));
+    inside.handleReply(new InventedReply(answer, body));
+}
+
+/// Links the window; the controls follow with a reply that is of no kind.
+void link(QWidget& window)
+{
+    const WindowInside inside(window);
+    inside.unlink();
+    inside.setState({.origin = {}, .deviceId = {}, .token = QStringLiteral("token")});
+    handle(window, {.kind = -1, .status = 200, .transferFailed = false, .body = {}});
 }
 
 /// Gives the window a code that is polled for, an account, cores and projects.
-void fuzzFurnish(TarnwickClientWindow& window)
+void furnish(QWidget& window)
 {
-    const auto succeed = [&window](TaskKind kind, const QByteArray& body) {
-        fuzzHandle(window, {.kind = static_cast<int>(kind), .status = 200, .transferFailed = false, .body = {}}, body);
+    const auto succeed = [&window](Call call, const QByteArray& body) {
+        handle(window, {.kind = static_cast<int>(call), .status = 200, .transferFailed = false, .body = {}}, body);
     };
-    succeed(TaskKind::LinkStart, R"({"code":"TWPC-0"})");
-    (window.*memberOf(SetBusy()))(TaskKind::Instances, true); // the session's success shall not send anything
-    succeed(TaskKind::Session, R"({"user":{"display_name":"Bob"},"available_cores":[{"key":"x"},{"key":"y"}]})");
-    succeed(TaskKind::Instances, R"({"instances":[{"slug":"one"},{"slug":"two"}]})");
+    succeed(Call::LinkStart, R"({"code":"TWPC-0"})");
+    WindowInside(window).setBusy(static_cast<int>(Call::Instances), true); // now the session's success sends nothing
+    succeed(Call::Session, R"({"user":{"display_name":"Bob"},"available_cores":[{"key":"x"},{"key":"y"}]})");
+    succeed(Call::Instances, R"({"instances":[{"slug":"one"},{"slug":"two"}]})");
 }
 
-fuzz::WindowSight fuzzSight(const TarnwickClientWindow& window)
+faults::WindowSight sightOf(QWidget& window)
 {
-    fuzz::WindowSight sight = fuzz::visibleSight(window);
-    sight.token = (window.*memberOf(State())).access_token;
-    for (std::size_t kind = 0; kind < taskKindCount; ++kind) {
-        sight.busy.at(kind) = (window.*memberOf(IsBusy()))(static_cast<TaskKind>(kind));
-    }
+    faults::WindowSight sight = faults::sightOf(window);
+    sight.insert(QStringLiteral("token"), WindowInside(window).state().token);
     return sight;
 }
 
-void fuzzDemandSame(const fuzz::WindowSight& actual, const fuzz::WindowSight& expected)
+void demandSame(const faults::WindowSight& actual, const faults::WindowSight& expected)
 {
-    fuzz::demand(actual.status == expected.status, "the sentence is the right one");
-    fuzz::demand(actual.code == expected.code, "the code is the right one");
-    fuzz::demand(actual.isPolling == expected.isPolling, "the code is polled for, or not, as it has to be");
-    fuzz::demand(actual.token == expected.token, "the token is the right one");
-    fuzz::demand(actual.account == expected.account, "the account's texts are the right ones");
-    fuzz::demand(actual.cores == expected.cores, "the cores are the right ones");
-    fuzz::demand(actual.rows == expected.rows, "there is the right row for each project");
-    fuzz::demand(actual.form.words() == expected.form.words(), "the form holds what it has to");
-    fuzz::demand(actual.busy == expected.busy, "what has to be under way is, and nothing else");
-    fuzz::demand(actual.buttons == fuzz::usableButtons(expected), "the right buttons can be pressed");
+    for (auto part = expected.cbegin(); part != expected.cend(); ++part) {
+        fuzz::demand(actual.value(part.key()) == part.value(), qPrintable(part.key()));
+    }
+    fuzz::demand(actual.size() == expected.size(), "no part is missing");
 }
 
-void fuzzSettle(const TarnwickClientWindow& window)
+void demandBusyFlags(QWidget& window, const QString& underWay)
+{
+    for (const Call call : support::allCalls()) {
+        const bool isUnderWay = underWay == QLatin1StringView(support::callName(call));
+        fuzz::demand(WindowInside(window).isBusy(static_cast<int>(call)) == isUnderWay, support::callName(call));
+    }
+}
+
+void settle(const QWidget& window)
 {
     while (window.findChild<QNetworkReply*>() != nullptr) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
@@ -165,25 +132,29 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
     // The head is a digit of a kind, or a letter of one whose transfer failed, and three digits of a status, or
     // whatever is there instead: seeds can be typed.
     const bool transferFailed = data[0] >= 'A';
-    const int kind = data[0] - (transferFailed ? 'A' : '0');
-    const int status = (data[1] - '0') * 100 + (data[2] - '0') * 10 + (data[3] - '0');
     const QByteArray body(reinterpret_cast<const char*>(data) + headSize, static_cast<qsizetype>(size - headSize));
-    const fuzz::Answer answer{.kind = kind,
-                              .status = status,
-                              .transferFailed = transferFailed,
-                              .body = QJsonDocument::fromJson(body).object()};
+    const Answer answer{.kind = data[0] - (transferFailed ? 'A' : '0'),
+                        .status = (data[1] - '0') * 100 + (data[2] - '0') * 10 + (data[3] - '0'),
+                        .transferFailed = transferFailed,
+                        .body = QJsonDocument::fromJson(body).object()};
 
     for (const bool isFurnished : {false, true}) {
-        TarnwickClientWindow& window = fuzzWindow();
+        QWidget& window = idleWindow();
+        link(window);
         if (isFurnished) {
-            fuzzFurnish(window);
+            furnish(window);
         }
         support::fillCreationForm(support::WindowView(window));
-        const fuzz::WindowSight before = fuzzSight(window);
-        fuzzHandle(window, answer, body);
-        fuzzDemandSame(fuzzSight(window), fuzz::sightAfter(before, answer));
-        fuzzSettle(window);
-        fuzz::demand(fuzzSight(window).busy == std::array<bool, taskKindCount>{}, "nothing stays busy");
+        const faults::WindowSight before = sightOf(window);
+        handle(window, answer, body);
+        const faults::WindowSight expected =
+            answer.isOfAKnownKind()
+                ? faults::sightAfter(before, static_cast<Call>(answer.kind), fuzz::outcomeOf(answer))
+                : before;
+        demandSame(sightOf(window), expected);
+        demandBusyFlags(window, expected.value(QStringLiteral("under way")));
+        settle(window);
+        demandBusyFlags(window, {});
     }
     return 0;
 }

@@ -1,12 +1,7 @@
-#include "app/tarnwick_client_window.h"
-#include "support/client_run.h"
-#include "support/message_catcher.h"
+#include "support/client_test.h"
 
-#include <QObject>
+#include <QItemSelectionModel>
 #include <QRegularExpression>
-#include <QTest>
-
-#include <array>
 
 using support::Call;
 using support::callPath;
@@ -18,168 +13,128 @@ class OpenProjectTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u".*"_s)); }
+    void thePageOfTheProjectOpens_data()
+    {
+        QTest::addColumn<QByteArray>("project");
+        QTest::addColumn<QByteArray>("opened");
+        const auto row = [](const char* name, const char* project, const char* opened) {
+            QTest::newRow(name) << support::json(project) << QByteArray(opened);
+        };
+        row("both pages", "{'manage_url':'https://m.example/1','public_url':'https://p.example/1'}",
+            "https://m.example/1");
+        row("management page only", "{'manage_url':'https://m.example/2'}", "https://m.example/2");
+        row("empty management page", "{'manage_url':'','public_url':'https://p.example/3'}", "https://p.example/3");
+        row("no management page", "{'public_url':'https://p.example/4'}", "https://p.example/4");
+        row("management page is null", "{'manage_url':null,'public_url':'https://p.example/5'}", "https://p.example/5");
+        row("management page is a number", "{'manage_url':5,'public_url':'https://p.example/6'}",
+            "https://p.example/6");
+        row("management page of blanks", "{'manage_url':' ','public_url':'https://p.example/7'}", "%20");
+        row("blank behind the page", "{'public_url':'https://p.example/8 '}", "https://p.example/8%20");
+        row("parsed tolerantly", "{'manage_url':'https://m.example/a b?c=%zz'}", "https://m.example/a%20b?c=%25zz");
+        row("plain http", "{'manage_url':'http://m.example/'}", "http://m.example/");
+        row("local file", "{'manage_url':'file:///etc/hosts'}", "file:///etc/hosts");
+        row("any scheme", "{'manage_url':'odd:payload'}", "odd:payload");
+        row("relative", "{'manage_url':'/manage/neon'}", "/manage/neon");
+    }
 
-    void thePageOfTheProjectOpens_data();
-    void thePageOfTheProjectOpens();
-    void aProjectWithoutAnyPageOpensNothingAndSaysNothing_data();
-    void aProjectWithoutAnyPageOpensNothingAndSaysNothing();
-    void noAddressIsFilteredOut_data();
-    void noAddressIsFilteredOut();
-    void theCurrentRowDecides();
-    void withoutACurrentRowNothingOpens();
-    void aRowThatShowsNoProjectOpensNothing();
-    void openingSaysNothingAndSendsNothing();
+    void thePageOfTheProjectOpens()
+    {
+        QFETCH(QByteArray, project);
+        QFETCH(QByteArray, opened);
+        const support::OpenedUrls more({u"odd"_s, QString()});
+        Run run;
+        run.server.reply(callPath(Call::Instances), listOf(project));
+        QVERIFY(run.startSignedIn());
+        run.press(u"Open Selected Project");
+        const QList<QUrl> urls = more.urls() + run.opened.urls();
+        QCOMPARE(urls.size(), 1);
+        QCOMPARE(urls.constFirst().toEncoded(), opened);
+    }
+
+    void aProjectWithoutAnyPageOpensNothing_data()
+    {
+        QTest::addColumn<QByteArray>("project");
+        for (const char* project : {"{}", "{'manage_url':'','public_url':''}", "{'public_url':5}"}) {
+            QTest::newRow(project) << support::json(project);
+        }
+    }
+
+    void aProjectWithoutAnyPageOpensNothing()
+    {
+        QFETCH(QByteArray, project);
+        const support::OpenedUrls relative({QString()});
+        Run run;
+        run.server.reply(callPath(Call::Instances), listOf(project));
+        QVERIFY(run.startSignedIn());
+        QVERIFY(run.view().button(u"Open Selected Project")->isEnabled());
+        run.press(u"Open Selected Project");
+        QVERIFY(run.opened.isEmpty());
+        QVERIFY(relative.isEmpty());
+        QCOMPARE(run.view().status(), u"Loaded 1 Tarnwick project(s)."_s);
+    }
+
+    void theCurrentRowDecidesAndNotTheSelectedOne()
+    {
+        Run run;
+        run.server.reply(callPath(Call::Instances), listOf(support::json("{'manage_url':'https://m.example/0'},"
+                                                                         "{'manage_url':'https://m.example/1'},"
+                                                                         "{'manage_url':'https://m.example/2'}")));
+        QVERIFY(run.startSignedIn());
+        QTableWidget* table = run.view().table();
+        run.press(u"Open Selected Project");
+        table->selectRow(2);
+        run.press(u"Open Selected Project");
+        table->setCurrentCell(1, 3, QItemSelectionModel::NoUpdate);
+        QVERIFY(table->selectionModel()->isRowSelected(2));
+        run.press(u"Open Selected Project");
+        QCOMPARE(run.opened.urls(), (QList<QUrl>{QUrl(u"https://m.example/0"_s), QUrl(u"https://m.example/2"_s),
+                                                 QUrl(u"https://m.example/1"_s)}));
+    }
+
+    void withoutACurrentRowNothingOpens()
+    {
+        Run run;
+        QVERIFY(run.startSignedIn());
+        run.view().table()->setCurrentCell(-1, -1);
+        run.forcePress(u"Open Selected Project");
+        QVERIFY(run.opened.isEmpty());
+        QCOMPARE(run.view().status(), u"Loaded 1 Tarnwick project(s)."_s);
+    }
+
+    void aRowThatShowsNoProjectOpensNothing()
+    {
+        Run run;
+        QVERIFY(run.startSignedIn());
+        run.view().table()->insertRow(1);
+        run.view().table()->selectRow(1);
+        run.press(u"Open Selected Project");
+        QVERIFY(run.opened.isEmpty());
+        QCOMPARE(run.view().status(), u"Loaded 1 Tarnwick project(s)."_s);
+    }
+
+    void aPageThatNothingOpensChangesNothing()
+    {
+        Run run;
+        run.server.reply(callPath(Call::Instances), listOf(support::json("{'manage_url':'nobody-opens-this:1'}")));
+        QVERIFY(run.startSignedIn());
+        run.server.forgetRequests();
+        QTest::ignoreMessage(QtWarningMsg,
+                             QRegularExpression(u"openUrl.*nobody-opens-this:1"_s)); // the desktop's words
+        run.press(u"Open Selected Project");
+        QVERIFY(run.opened.isEmpty());
+        QCOMPARE(run.view().status(), u"Loaded 1 Tarnwick project(s)."_s);
+        QVERIFY(run.markerComesBack());
+        QCOMPARE(run.server.count(), 1);
+    }
 
 private:
-    using Run = support::ClientRun<TarnwickClientWindow>;
+    using Run = support::ClientRun;
 
-    static Reply listOf(const QByteArray& elements) { return Reply::json(200, R"({"instances":[)" + elements + "]}"); }
+    static Reply listOf(const QByteArray& elements)
+    {
+        return Reply::json(200, support::json("{'instances':[") + elements + "]}");
+    }
 };
 
-namespace {
-
-/// Values that are no text, and count as none.
-constexpr std::array openProjectNoTexts = {"null", "5", "true", R"(["https://t.example"])",
-                                           R"({"url":"https://t.example"})"};
-
-} // namespace
-
-void OpenProjectTest::thePageOfTheProjectOpens_data()
-{
-    QTest::addColumn<QByteArray>("project");
-    QTest::addColumn<QByteArray>("opened");
-    QTest::newRow("both pages") << QByteArray(
-                                       R"({"manage_url":"https://m.example/1","public_url":"https://p.example/1"})")
-                                << QByteArray("https://m.example/1");
-    QTest::newRow("management page only")
-        << QByteArray(R"({"manage_url":"https://m.example/2"})") << QByteArray("https://m.example/2");
-    QTest::newRow("empty management page")
-        << QByteArray(R"({"manage_url":"","public_url":"https://p.example/3"})") << QByteArray("https://p.example/3");
-    QTest::newRow("no management page") << QByteArray(R"({"public_url":"https://p.example/4"})")
-                                        << QByteArray("https://p.example/4");
-    for (const char* value : openProjectNoTexts) {
-        QTest::addRow("management page %s", value)
-            << R"({"manage_url":)" + QByteArray(value) + R"(,"public_url":"https://p.example/5"})"
-            << QByteArray("https://p.example/5");
-    }
-    QTest::newRow("parsed tolerantly") << QByteArray(R"({"manage_url":"https://m.example/a b?c=%zz"})")
-                                       << QByteArray("https://m.example/a%20b?c=%25zz");
-}
-
-void OpenProjectTest::thePageOfTheProjectOpens()
-{
-    QFETCH(QByteArray, project);
-    QFETCH(QByteArray, opened);
-    Run run;
-    run.server.reply(callPath(Call::Instances), listOf(project));
-    QVERIFY(run.startSignedIn());
-    run.press(u"Open Selected Project");
-    QCOMPARE(run.opened.count(), 1);
-    QCOMPARE(run.opened.last().toEncoded(), opened);
-    QCOMPARE(run.view().status(), u"Loaded 1 Tarnwick project(s)."_s);
-}
-
-void OpenProjectTest::aProjectWithoutAnyPageOpensNothingAndSaysNothing_data()
-{
-    QTest::addColumn<QByteArray>("project");
-    QTest::newRow("no pages") << QByteArray("{}");
-    QTest::newRow("empty pages") << QByteArray(R"({"manage_url":"","public_url":""})");
-    for (const char* value : openProjectNoTexts) {
-        QTest::addRow("management page %s", value) << R"({"manage_url":)" + QByteArray(value) + '}';
-        QTest::addRow("public page %s", value) << R"({"public_url":)" + QByteArray(value) + '}';
-    }
-}
-
-void OpenProjectTest::aProjectWithoutAnyPageOpensNothingAndSaysNothing()
-{
-    QFETCH(QByteArray, project);
-    const support::OpenedUrls relative({QString()});
-    Run run;
-    run.server.reply(callPath(Call::Instances), listOf(project));
-    QVERIFY(run.startSignedIn());
-    QVERIFY(run.view().button(u"Open Selected Project")->isEnabled());
-    run.press(u"Open Selected Project");
-    QVERIFY(run.opened.isEmpty());
-    QVERIFY(relative.isEmpty());
-    QCOMPARE(run.view().status(), u"Loaded 1 Tarnwick project(s)."_s);
-}
-
-void OpenProjectTest::noAddressIsFilteredOut_data()
-{
-    QTest::addColumn<QString>("address");
-    QTest::newRow("plain http") << u"http://m.example/"_s;
-    QTest::newRow("local file") << u"file:///etc/hosts"_s;
-    QTest::newRow("any scheme") << u"odd:payload"_s;
-    QTest::newRow("relative") << u"/manage/neon"_s;
-}
-
-void OpenProjectTest::noAddressIsFilteredOut()
-{
-    QFETCH(QString, address);
-    const support::OpenedUrls everything({u"odd"_s, QString()});
-    Run run;
-    run.server.reply(callPath(Call::Instances), listOf(R"({"manage_url":")" + address.toUtf8() + R"("})"));
-    QVERIFY(run.startSignedIn());
-    run.press(u"Open Selected Project");
-    QCOMPARE(everything.urls() + run.opened.urls(), QList<QUrl>{QUrl(address)});
-}
-
-void OpenProjectTest::theCurrentRowDecides()
-{
-    Run run;
-    run.server.reply(callPath(Call::Instances),
-                     listOf(R"({"manage_url":"https://m.example/0"},{"manage_url":"https://m.example/1"},)"
-                            R"({"manage_url":"https://m.example/2"})"));
-    QVERIFY(run.startSignedIn());
-    run.press(u"Open Selected Project");
-    run.view().table()->selectRow(2);
-    run.press(u"Open Selected Project");
-    run.view().table()->setCurrentCell(1, 3);
-    run.press(u"Open Selected Project");
-    QCOMPARE(run.opened.urls(), (QList<QUrl>{QUrl(u"https://m.example/0"_s), QUrl(u"https://m.example/2"_s),
-                                             QUrl(u"https://m.example/1"_s)}));
-}
-
-void OpenProjectTest::withoutACurrentRowNothingOpens()
-{
-    Run run;
-    QVERIFY(run.startSignedIn());
-    run.view().table()->setCurrentCell(-1, -1);
-    QCOMPARE(run.view().table()->currentRow(), -1);
-    run.forcePress(u"Open Selected Project");
-    QVERIFY(run.opened.isEmpty());
-    QCOMPARE(run.view().status(), u"Loaded 1 Tarnwick project(s)."_s);
-}
-
-void OpenProjectTest::aRowThatShowsNoProjectOpensNothing()
-{
-    Run run;
-    QVERIFY(run.startSignedIn());
-    run.view().table()->insertRow(1);
-    run.view().table()->selectRow(1);
-    QCOMPARE(run.view().table()->currentRow(), 1);
-    run.press(u"Open Selected Project");
-    QVERIFY(run.opened.isEmpty());
-    QCOMPARE(run.view().status(), u"Loaded 1 Tarnwick project(s)."_s);
-}
-
-void OpenProjectTest::openingSaysNothingAndSendsNothing()
-{
-    Run run;
-    run.server.reply(callPath(Call::Instances), listOf(R"({"manage_url":"nobody-opens-this:1"})"));
-    QVERIFY(run.startSignedIn());
-    run.server.forgetRequests();
-    {
-        // The desktop has something to say about a scheme that nobody handles; the client has not.
-        const support::MessageCatcher desktop;
-        run.press(u"Open Selected Project");
-    }
-    QVERIFY(run.opened.isEmpty());
-    QCOMPARE(run.view().status(), u"Loaded 1 Tarnwick project(s)."_s);
-    QVERIFY(run.markerComesBack());
-    QCOMPARE(run.server.count(), 1);
-}
-
-QTEST_MAIN(OpenProjectTest)
+TARNWICK_TEST(OpenProjectTest)
 #include "open_project_test.moc"

@@ -1,15 +1,8 @@
 // The state file holds the token, so nobody but its owner may read it.
-#include "app/tarnwick_client_window.h"
+#include "support/client_test.h"
 
-#include "support/message_catcher.h"
-#include "support/temporary_home.h"
-
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QTest>
-
-#include <memory>
 
 #if defined(Q_OS_UNIX)
 #include <sys/stat.h>
@@ -42,6 +35,19 @@ bool setMode(const QString& path, unsigned mode)
 {
     return ::chmod(QFile::encodeName(path).constData(), static_cast<mode_t>(mode)) == 0;
 }
+#else
+struct BorrowedUmask
+{
+    explicit BorrowedUmask(unsigned /*mask*/) {}
+};
+QByteArray modeOf(const QString& /*path*/)
+{
+    return {};
+}
+bool setMode(const QString& /*path*/, unsigned /*mode*/)
+{
+    return false;
+}
 #endif
 
 } // namespace
@@ -51,139 +57,72 @@ class StatePermissionsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void cleanup();
-    void aNewFileIsItsOwnersAlone_data();
-    void aNewFileIsItsOwnersAlone();
-    void anExistingFileIsNarrowed_data();
-    void anExistingFileIsNarrowed();
-    void aLinkIsFollowedAndItsTargetNarrowed_data();
-    void aLinkIsFollowedAndItsTargetNarrowed();
-    void startingChangesNoRights();
+    void initTestCase()
+    {
+#if !defined(Q_OS_UNIX)
+        QSKIP("This system has no such rights.");
+#endif
+    }
 
-private:
-    std::unique_ptr<support::MessageCatcher> messages;
+    void aNewFileIsItsOwnersAlone()
+    {
+        const BorrowedUmask nothing(0);
+        const support::TemporaryHome home;
+        support::newClientWindow()->close();
+        QCOMPARE(modeOf(home.stateFile()), "600");
+        QVERIFY(home.stateObject().contains(u"device_id"_s));
+    }
+
+    void anExistingFileIsNarrowed_data()
+    {
+        QTest::addColumn<unsigned>("mode");
+        QTest::newRow("readable for the group") << 0640U;
+        QTest::newRow("readable for all") << 0604U;
+        QTest::newRow("open to all") << 0777U;
+    }
+
+    void anExistingFileIsNarrowed()
+    {
+        QFETCH(unsigned, mode);
+        const support::TemporaryHome home;
+        home.writeState(support::storedState(u"http://a.example"_s));
+        QVERIFY(setMode(home.stateFile(), mode));
+        const auto window = support::newClientWindow();
+        QCOMPARE(modeOf(home.stateFile()), QByteArray::number(mode, 8)); // a start changes nothing
+        window->close();
+        QCOMPARE(modeOf(home.stateFile()), "600");
+        QCOMPARE(home.readState(), support::storedState(u"http://a.example"_s));
+    }
+
+    void aLinkIsFollowedAndItsTargetNarrowed_data()
+    {
+        QTest::addColumn<bool>("exists");
+        QTest::newRow("to a wider file") << true;
+        QTest::newRow("to a file not yet there") << false;
+    }
+
+    void aLinkIsFollowedAndItsTargetNarrowed()
+    {
+        QFETCH(bool, exists);
+        const BorrowedUmask nothing(0);
+        const support::TemporaryHome home;
+        const QString target = home.path() + u"/synced.json"_s;
+        home.writeState(support::storedState(u"http://a.example"_s));
+        QVERIFY(QFile::rename(home.stateFile(), target));
+        QVERIFY(setMode(target, 0664));
+        if (!exists) {
+            QVERIFY(QFile::remove(target));
+        }
+        QVERIFY(QFile::link(target, home.stateFile()));
+
+        support::newClientWindow()->close();
+        QVERIFY(QFileInfo(home.stateFile()).isSymLink());
+        QVERIFY(!QFileInfo(target).isSymLink());
+        QCOMPARE(modeOf(target), "600");
+        QCOMPARE(home.stateObject().value(u"device_id"_s).toString() == u"desk-1"_s, exists);
+        QVERIFY(home.stateObject().contains(u"origin"_s));
+    }
 };
 
-void StatePermissionsTest::initTestCase()
-{
-#if !defined(Q_OS_UNIX)
-    QSKIP("This system has no such rights.");
-#endif
-}
-
-void StatePermissionsTest::init()
-{
-    messages = std::make_unique<support::MessageCatcher>();
-}
-
-void StatePermissionsTest::cleanup()
-{
-    QCOMPARE(messages->messages(), QStringList());
-    messages.reset();
-}
-
-#if defined(Q_OS_UNIX)
-
-void StatePermissionsTest::aNewFileIsItsOwnersAlone_data()
-{
-    QTest::addColumn<unsigned>("mask");
-    QTest::newRow("no mask") << 0U;
-    QTest::newRow("usual mask") << 022U;
-    QTest::newRow("strict mask") << 077U;
-}
-
-void StatePermissionsTest::aNewFileIsItsOwnersAlone()
-{
-    QFETCH(unsigned, mask);
-    const BorrowedUmask borrowed(mask);
-    const support::TemporaryHome home;
-    TarnwickClientWindow window;
-    window.close();
-    QCOMPARE(modeOf(home.stateFile()), "600");
-    QVERIFY(home.stateObject().contains(u"device_id"_s));
-}
-
-void StatePermissionsTest::anExistingFileIsNarrowed_data()
-{
-    QTest::addColumn<unsigned>("mask");
-    QTest::addColumn<unsigned>("mode");
-    for (const unsigned mask : {0U, 022U}) {
-        for (const unsigned mode : {0644U, 0666U, 0777U, 0640U, 0600U}) {
-            QTest::addRow("mode %o, mask %o", mode, mask) << mask << mode;
-        }
-    }
-}
-
-void StatePermissionsTest::anExistingFileIsNarrowed()
-{
-    QFETCH(unsigned, mask);
-    QFETCH(unsigned, mode);
-    const BorrowedUmask borrowed(mask);
-    const support::TemporaryHome home;
-    home.writeState(R"({"device_id":"d"})");
-    QVERIFY(setMode(home.stateFile(), mode));
-    TarnwickClientWindow window;
-    window.close();
-    QCOMPARE(modeOf(home.stateFile()), "600");
-    QCOMPARE(home.stateObject().value(u"device_id"_s).toString(), u"d"_s);
-}
-
-void StatePermissionsTest::aLinkIsFollowedAndItsTargetNarrowed_data()
-{
-    QTest::addColumn<unsigned>("mask");
-    QTest::addColumn<bool>("exists");
-    QTest::newRow("to a wider file, no mask") << 0U << true;
-    QTest::newRow("to a wider file, usual mask") << 022U << true;
-    QTest::newRow("to a file not yet there, no mask") << 0U << false;
-    QTest::newRow("to a file not yet there, usual mask") << 022U << false;
-}
-
-void StatePermissionsTest::aLinkIsFollowedAndItsTargetNarrowed()
-{
-    QFETCH(unsigned, mask);
-    QFETCH(bool, exists);
-    const BorrowedUmask borrowed(mask);
-    const support::TemporaryHome home;
-    const QString target = home.path() + u"/synced.json"_s;
-    home.writeState(R"({"device_id":"d"})");
-    QVERIFY(QFile::rename(home.stateFile(), target));
-    QVERIFY(setMode(target, 0664));
-    if (!exists) {
-        QVERIFY(QFile::remove(target));
-    }
-    QVERIFY(QFile::link(target, home.stateFile()));
-
-    TarnwickClientWindow window;
-    window.close();
-    QVERIFY(QFileInfo(home.stateFile()).isSymLink());
-    QVERIFY(!QFileInfo(target).isSymLink());
-    QCOMPARE(modeOf(target), "600");
-    QCOMPARE(home.stateObject().value(u"device_id"_s).toString() == u"d"_s, exists);
-    QVERIFY(home.stateObject().contains(u"origin"_s));
-}
-
-void StatePermissionsTest::startingChangesNoRights()
-{
-    const support::TemporaryHome home;
-    home.writeState(R"({"device_id":"d"})");
-    QVERIFY(setMode(home.stateFile(), 0644));
-    const TarnwickClientWindow window;
-    QCOMPARE(modeOf(home.stateFile()), "644");
-}
-
-#else
-
-void StatePermissionsTest::aNewFileIsItsOwnersAlone_data() {}
-void StatePermissionsTest::aNewFileIsItsOwnersAlone() {}
-void StatePermissionsTest::anExistingFileIsNarrowed_data() {}
-void StatePermissionsTest::anExistingFileIsNarrowed() {}
-void StatePermissionsTest::aLinkIsFollowedAndItsTargetNarrowed_data() {}
-void StatePermissionsTest::aLinkIsFollowedAndItsTargetNarrowed() {}
-void StatePermissionsTest::startingChangesNoRights() {}
-
-#endif
-
-QTEST_MAIN(StatePermissionsTest)
+TARNWICK_TEST(StatePermissionsTest)
 #include "state_permissions_test.moc"

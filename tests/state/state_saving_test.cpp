@@ -1,207 +1,134 @@
 // What a save writes, byte for byte, and that nothing stops it or is stopped by it.
-#include "app/tarnwick_client_window.h"
-
-#include "api/service_host.h"
-#include "support/message_catcher.h"
-#include "support/scripted_server.h"
-#include "support/service_bench.h"
-#include "support/temporary_home.h"
+#include "support/client_test.h"
 
 #include <QDir>
-#include <QFile>
-#include <QTest>
-
-#include <memory>
+#include <QFileInfo>
 
 using support::Call;
+using support::ClientRun;
+using support::json;
 
 class StateSavingTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
-    void anUnlinkedClientWritesNoToken();
-    void aLinkedClientWritesThreeMembersInKeyOrder();
-    void textsAreEscapedAsJson();
-    void theUrlFieldIsWhatIsSaved_data();
-    void theUrlFieldIsWhatIsSaved();
-    void aFirstSaveHoldsTheMadeIdentifier();
-    void unknownMembersAreDropped();
-    void aLongerFileIsCutToTheNewContent();
-    void aRemovedFolderIsMadeAgain();
-    void aFolderThatCannotBeMadeIsIgnored();
-    void aFileThatCannotBeOpenedIsIgnored();
-    void theLastOfTwoClientsWins();
-    void theFileIsRewrittenInPlace();
+    void theWholeFileIsRewritten_data()
+    {
+        QTest::addColumn<QByteArray>("stored");
+        QTest::addColumn<QByteArray>("saved");
+        const QByteArray unlinked = "{\n    \"device_id\": \"d-1\",\n    \"origin\": \"http://127.0.0.1:1\"\n}\n";
+        const QByteArray known = json("'origin':'http://127.0.0.1:1','device_id':'d-1'");
+        QTest::newRow("unlinked, without a token") << '{' + known + '}' << unlinked;
+        QTest::newRow("unlinked by an empty token") << '{' + known + json(",'access_token':''}") << unlinked;
+        QTest::newRow("linked, in the order of the keys")
+            << '{' + known + json(",'access_token':'t-1'}")
+            << json("{\n    'access_token': 't-1',\n    'device_id': 'd-1',\n    'origin': 'http://127.0.0.1:1'\n}\n");
+        QTest::newRow("texts are escaped")
+            << json("{'origin':'http://127.0.0.1:1','device_id':'a\\'b\\\\c\\n\\u0001 ä🔥 </x>'}")
+            << json("{\n    'device_id': 'a\\'b\\\\c\\n\\u0001 ä🔥 </x>',\n    'origin': 'http://127.0.0.1:1'\n}\n");
+        QTest::newRow("unknown members are dropped") << '{' + known + json(",'theme':'dark','version':2}") << unlinked;
+        QTest::newRow("a longer file is cut") << '{' + known + '}' + QByteArray(10000, ' ') << unlinked;
+    }
 
-private:
-    std::unique_ptr<support::MessageCatcher> messages;
+    void theWholeFileIsRewritten()
+    {
+        QFETCH(QByteArray, stored);
+        QFETCH(QByteArray, saved);
+        const support::TemporaryHome home;
+        home.writeState(stored);
+        support::newClientWindow()->close();
+        QCOMPARE(home.readState(), saved);
+    }
+
+    void theUrlFieldIsWhatIsSaved_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("saved");
+        QTest::newRow("without a scheme") << u"example.test/"_s << u"https://example.test"_s;
+        QTest::newRow("emptied") << QString() << support::defaultBaseUrl();
+    }
+
+    void theUrlFieldIsWhatIsSaved()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QString, saved);
+        const support::TemporaryHome home;
+        home.writeState(support::storedState(u"http://stored.example"_s));
+        const auto window = support::newClientWindow();
+        const support::WindowView view(*window);
+        view.line(u"Tarnwick URL")->setText(typed);
+        window->close();
+        QCOMPARE(home.stateObject().value(u"origin"_s).toString(), saved);
+        // Normalising is for the file; the field shows what was typed.
+        QCOMPARE(view.line(u"Tarnwick URL")->text(), typed);
+    }
+
+    void aRemovedFolderIsMadeAgain()
+    {
+        const support::TemporaryHome home;
+        const auto window = support::newClientWindow();
+        QVERIFY(QDir(home.path() + u"/Library"_s).removeRecursively());
+        window->close();
+        QVERIFY(QFile::exists(home.stateFile()));
+    }
+
+    void whatCannotBeSavedIsIgnored_data()
+    {
+        QTest::addColumn<bool>("isFolderMissing");
+        QTest::newRow("the folder cannot be made") << true;
+        QTest::newRow("the file cannot be opened") << false;
+    }
+
+    /// The client goes on with what it has in memory.
+    void whatCannotBeSavedIsIgnored()
+    {
+        QFETCH(bool, isFolderMissing);
+        ClientRun run;
+        run.start();
+        const QString library = run.home().path() + u"/Library"_s;
+        QVERIFY(QDir(library).removeRecursively());
+        if (isFolderMissing) {
+            QVERIFY(QFile(library).open(QIODevice::WriteOnly));
+        } else {
+            QVERIFY(QDir().mkpath(run.home().stateFile()));
+        }
+        run.press(u"Generate Link Code");
+        QTRY_COMPARE(
+            run.view().status(),
+            u"Code TWPC-TEST01 is ready. Approve it at %1/link/pc before it expires."_s.arg(support::publicHost()));
+        QCOMPARE(run.server.requests().constFirst().body, "device_id=desk-1");
+        QVERIFY(run.window().close());
+        QCOMPARE(QFileInfo(library).isFile(), isFolderMissing);
+        QCOMPARE(QFileInfo(run.home().stateFile()).isDir(), !isFolderMissing);
+    }
+
+    void theLastOfTwoClientsWins()
+    {
+        const support::TemporaryHome home;
+        const auto first = support::newClientWindow();
+        const auto second = support::newClientWindow();
+        support::WindowView(*first).line(u"Tarnwick URL")->setText(u"first.example"_s);
+        support::WindowView(*second).line(u"Tarnwick URL")->setText(u"second.example"_s);
+        second->close();
+        QCOMPARE(home.stateObject().value(u"origin"_s).toString(), u"https://second.example"_s);
+        first->close();
+        QCOMPARE(home.stateObject().value(u"origin"_s).toString(), u"https://first.example"_s);
+    }
+
+    void theFileIsRewrittenInPlace()
+    {
+        const support::TemporaryHome home;
+        home.writeState(json("{'device_id':'d'}"));
+        // A file kept open sees the new content only if no other file takes its place.
+        QFile kept(home.stateFile());
+        QVERIFY(kept.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
+        support::newClientWindow()->close();
+        const QByteArray seen = kept.readAll();
+        QVERIFY(seen.contains("origin"));
+        QCOMPARE(seen, home.readState());
+    }
 };
 
-void StateSavingTest::init()
-{
-    messages = std::make_unique<support::MessageCatcher>();
-}
-
-void StateSavingTest::cleanup()
-{
-    QCOMPARE(messages->messages(), QStringList());
-    messages.reset();
-}
-
-void StateSavingTest::anUnlinkedClientWritesNoToken()
-{
-    const support::TemporaryHome home;
-    home.writeState(R"({"origin":"http://a.example","device_id":"d-1","access_token":""})");
-    TarnwickClientWindow window;
-    window.close();
-    QCOMPARE(home.readState(), "{\n    \"device_id\": \"d-1\",\n    \"origin\": \"http://a.example\"\n}\n");
-}
-
-void StateSavingTest::aLinkedClientWritesThreeMembersInKeyOrder()
-{
-    const support::TemporaryHome home;
-    home.writeState(R"({"origin":"http://127.0.0.1:1","device_id":"d-1","access_token":"t-1"})");
-    TarnwickClientWindow window;
-    window.close();
-    QCOMPARE(home.readState(), "{\n    \"access_token\": \"t-1\",\n    \"device_id\": \"d-1\",\n"
-                               "    \"origin\": \"http://127.0.0.1:1\"\n}\n");
-}
-
-void StateSavingTest::textsAreEscapedAsJson()
-{
-    const support::TemporaryHome home;
-    home.writeState(R"({"origin":"http://a.example","device_id":"a\"b\\c\n\u0001 ä🔥 </x>"})");
-    TarnwickClientWindow window;
-    window.close();
-    QCOMPARE(home.readState(), "{\n    \"device_id\": \"a\\\"b\\\\c\\n\\u0001 ä🔥 </x>\",\n"
-                               "    \"origin\": \"http://a.example\"\n}\n");
-}
-
-void StateSavingTest::theUrlFieldIsWhatIsSaved_data()
-{
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<QString>("saved");
-    QTest::newRow("without a scheme") << u"example.test/"_s << u"https://example.test"_s;
-    QTest::newRow("emptied") << QString() << defaultBaseUrl();
-    QTest::newRow("plain HTTP") << u" http://example.test:8080// "_s << u"http://example.test:8080"_s;
-}
-
-void StateSavingTest::theUrlFieldIsWhatIsSaved()
-{
-    QFETCH(QString, typed);
-    QFETCH(QString, saved);
-    const support::TemporaryHome home;
-    home.writeState(R"({"origin":"http://stored.example","device_id":"d"})");
-    TarnwickClientWindow window;
-    const support::WindowView view(window);
-    view.line(u"Tarnwick URL")->setText(typed);
-    window.close();
-    QCOMPARE(home.stateObject().value(u"origin"_s).toString(), saved);
-    // Normalising is for the file; the field shows what was typed.
-    QCOMPARE(view.line(u"Tarnwick URL")->text(), typed);
-}
-
-void StateSavingTest::aFirstSaveHoldsTheMadeIdentifier()
-{
-    const support::TemporaryHome home;
-    TarnwickClientWindow window;
-    window.close();
-    const QString identifier = home.stateObject().value(u"device_id"_s).toString();
-    QVERIFY(identifier.startsWith("twqt-"_L1));
-    QCOMPARE(home.readState(), "{\n    \"device_id\": \"" + identifier.toUtf8() + "\",\n    \"origin\": \"" +
-                                   defaultBaseUrl().toUtf8() + "\"\n}\n");
-}
-
-void StateSavingTest::unknownMembersAreDropped()
-{
-    const support::TemporaryHome home;
-    home.writeState(R"({"origin":"http://a.example","device_id":"d","theme":"dark","version":2})");
-    TarnwickClientWindow window;
-    window.close();
-    QCOMPARE(home.stateObject().keys(), (QStringList{u"device_id"_s, u"origin"_s}));
-}
-
-void StateSavingTest::aLongerFileIsCutToTheNewContent()
-{
-    const support::TemporaryHome home;
-    home.writeState(R"({"origin":"http://a.example","device_id":"d"})" + QByteArray(10000, ' '));
-    TarnwickClientWindow window;
-    window.close();
-    QCOMPARE(home.readState(), "{\n    \"device_id\": \"d\",\n    \"origin\": \"http://a.example\"\n}\n");
-}
-
-void StateSavingTest::aRemovedFolderIsMadeAgain()
-{
-    const support::TemporaryHome home;
-    TarnwickClientWindow window;
-    QVERIFY(QDir(home.path() + u"/Library"_s).removeRecursively());
-    window.close();
-    QVERIFY(QFile::exists(home.stateFile()));
-}
-
-void StateSavingTest::aFolderThatCannotBeMadeIsIgnored()
-{
-    support::ScriptedServer server;
-    support::ServiceBench bench(server, [] { return std::make_unique<TarnwickClientWindow>(); });
-    bench.startUnlinked();
-    QDir library(bench.home().path() + u"/Library"_s);
-    QVERIFY(library.removeRecursively());
-    QFile obstacle(library.path());
-    QVERIFY(obstacle.open(QIODevice::WriteOnly));
-
-    // Saves on the way, cannot, and goes on with what it has in memory.
-    bench.bringAbout(Call::LinkStart);
-    QTRY_COMPARE(bench.view().line(u"Link code")->text(), u"TWPC-TEST01"_s);
-    QCOMPARE(server.requests().constFirst().body, "device_id=desk-1");
-    QVERIFY(bench.view().status().startsWith(u"Code TWPC-TEST01 is ready."_s));
-    QVERIFY(bench.window().close());
-    QVERIFY(QFileInfo(library.path()).isFile());
-}
-
-void StateSavingTest::aFileThatCannotBeOpenedIsIgnored()
-{
-    support::ScriptedServer server;
-    support::ServiceBench bench(server, [] { return std::make_unique<TarnwickClientWindow>(); });
-    bench.startUnlinked();
-    QVERIFY(QFile::remove(bench.home().stateFile()));
-    QVERIFY(QDir().mkpath(bench.home().stateFile()));
-    bench.bringAbout(Call::LinkStart);
-    QTRY_COMPARE(bench.view().line(u"Link code")->text(), u"TWPC-TEST01"_s);
-    QVERIFY(bench.window().close());
-    QVERIFY(QDir(bench.home().stateFile()).isEmpty());
-}
-
-void StateSavingTest::theLastOfTwoClientsWins()
-{
-    const support::TemporaryHome home;
-    TarnwickClientWindow first;
-    TarnwickClientWindow second;
-    support::WindowView(first).line(u"Tarnwick URL")->setText(u"first.example"_s);
-    support::WindowView(second).line(u"Tarnwick URL")->setText(u"second.example"_s);
-    second.close();
-    QCOMPARE(home.stateObject().value(u"origin"_s).toString(), u"https://second.example"_s);
-    first.close();
-    QCOMPARE(home.stateObject().value(u"origin"_s).toString(), u"https://first.example"_s);
-}
-
-void StateSavingTest::theFileIsRewrittenInPlace()
-{
-    const support::TemporaryHome home;
-    home.writeState(R"({"device_id":"d"})");
-    // A file kept open sees the new content only if no other file takes its place.
-    QFile kept(home.stateFile());
-    QVERIFY(kept.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
-    TarnwickClientWindow window;
-    window.close();
-    const QByteArray seen = kept.readAll();
-    QVERIFY(seen.contains("origin"));
-    QCOMPARE(seen, home.readState());
-    QCOMPARE(QDir(home.stateFolder()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
-             QStringList{u"pc-client-state.json"_s});
-}
-
-QTEST_MAIN(StateSavingTest)
+TARNWICK_TEST(StateSavingTest)
 #include "state_saving_test.moc"

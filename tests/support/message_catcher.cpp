@@ -7,17 +7,12 @@ namespace support {
 namespace {
 
 /// A message handler is a plain function; this is how it finds the object.
-std::atomic<MessageCatcher*>& innermostCatcher()
-{
-    static std::atomic<MessageCatcher*> catcher = nullptr;
-    return catcher;
-}
+std::atomic<MessageCatcher*> innermostCatcher = nullptr;
 
 } // namespace
 
-MessageCatcher::MessageCatcher(Forward forward)
-    : m_forward(forward),
-      m_outer(innermostCatcher().exchange(this)),
+MessageCatcher::MessageCatcher()
+    : m_outer(innermostCatcher.exchange(this)),
       m_formerHandler(qInstallMessageHandler(&MessageCatcher::handle))
 {
 }
@@ -25,7 +20,13 @@ MessageCatcher::MessageCatcher(Forward forward)
 MessageCatcher::~MessageCatcher()
 {
     qInstallMessageHandler(m_formerHandler);
-    innermostCatcher() = m_outer;
+    innermostCatcher = m_outer;
+}
+
+QList<CaughtMessage> MessageCatcher::entries() const
+{
+    const QMutexLocker lock(&m_mutex);
+    return m_entries;
 }
 
 QStringList MessageCatcher::messages() const
@@ -38,12 +39,6 @@ QStringList MessageCatcher::messages() const
     return texts;
 }
 
-QList<CaughtMessage> MessageCatcher::entries() const
-{
-    const QMutexLocker lock(&m_mutex);
-    return m_entries;
-}
-
 void MessageCatcher::clear()
 {
     const QMutexLocker lock(&m_mutex);
@@ -52,26 +47,16 @@ void MessageCatcher::clear()
 
 void MessageCatcher::handle(QtMsgType type, const QMessageLogContext& context, const QString& text)
 {
-    if (MessageCatcher* catcher = innermostCatcher()) {
-        catcher->take(type, context, text);
-    }
-}
-
-void MessageCatcher::take(QtMsgType type, const QMessageLogContext& context, const QString& text)
-{
-    {
-        const QMutexLocker lock(&m_mutex);
-        m_entries.append({type, QString::fromUtf8(context.category), text});
-    }
-    if (m_forward == Forward::No && type != QtFatalMsg) {
+    MessageCatcher* catcher = innermostCatcher;
+    if (type == QtFatalMsg) { // the program ends with it
+        while (catcher->m_outer != nullptr) {
+            catcher = catcher->m_outer;
+        }
+        catcher->m_formerHandler(type, context, text);
         return;
     }
-    // The handler before this one may be handle() itself, which would only come back here.
-    if (m_outer) {
-        m_outer->take(type, context, text);
-    } else {
-        m_formerHandler(type, context, text);
-    }
+    const QMutexLocker lock(&catcher->m_mutex);
+    catcher->m_entries.append({QString::fromUtf8(context.category), text});
 }
 
 } // namespace support

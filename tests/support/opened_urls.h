@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDesktopServices>
 #include <QList>
 #include <QObject>
 #include <QStringList>
@@ -8,28 +9,38 @@
 namespace support {
 
 /// Stands in for the desktop: records the addresses that the program opens instead of starting a browser.
-/// Handles http, https, file and the schemes named by the test; the empty scheme is that of a relative
-/// address.
+/// Handles http, https, file and the schemes named by the test; the empty scheme is that of a relative address.
 class OpenedUrls : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit OpenedUrls(const QStringList& moreSchemes = {});
-    ~OpenedUrls() override;
+    explicit OpenedUrls(const QStringList& moreSchemes = {})
+        : m_schemes(QStringList{QStringLiteral("http"), QStringLiteral("https"), QStringLiteral("file")} + moreSchemes)
+    {
+        for (const QString& scheme : std::as_const(m_schemes)) {
+            QDesktopServices::setUrlHandler(scheme, this, "record");
+        }
+    }
+    ~OpenedUrls() override
+    {
+        for (const QString& scheme : std::as_const(m_schemes)) {
+            QDesktopServices::unsetUrlHandler(scheme);
+        }
+    }
     Q_DISABLE_COPY_MOVE(OpenedUrls)
 
     /// In the order in which they were opened.
-    QList<QUrl> urls() const;
-    qsizetype count() const;
-    bool isEmpty() const;
+    QList<QUrl> urls() const { return m_urls; }
+    qsizetype count() const { return m_urls.size(); }
+    bool isEmpty() const { return m_urls.isEmpty(); }
     /// The address opened last; an empty one when there is none.
-    QUrl last() const;
-    void clear();
+    QUrl last() const { return m_urls.isEmpty() ? QUrl() : m_urls.constLast(); }
+    void clear() { m_urls.clear(); }
 
 public Q_SLOTS:
     /// The desktop services call this by its name.
-    void record(const QUrl& url);
+    void record(const QUrl& url) { m_urls.append(url); }
 
 private:
     QStringList m_schemes;

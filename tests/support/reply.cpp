@@ -1,218 +1,133 @@
 #include "reply.h"
 
-#include "reason_phrase.h"
-
-#include <QJsonDocument>
+#include <algorithm>
 
 namespace support {
 
-Reply Reply::json(int status, const QByteArray& body)
+qint64 ReplyScript::size() const
 {
-    Reply reply = text(status, body);
-    return reply.header("Content-Type", "application/json");
+    const qint64 whole = prefix.size() + patternSize + suffix.size();
+    return cutAt < 0 ? whole : qMin(cutAt, whole);
 }
 
-Reply Reply::json(int status, const QJsonObject& body)
+QByteArray ReplyScript::slice(qint64 offset, qint64 maxSize) const
 {
-    return json(status, QJsonDocument(body).toJson(QJsonDocument::Compact));
+    const qint64 wanted = qMin(maxSize, size() - offset);
+    const qint64 inPattern = offset - prefix.size();
+    if (inPattern < 0) {
+        return prefix.mid(offset, wanted);
+    }
+    if (inPattern >= patternSize) {
+        return suffix.mid(inPattern - patternSize, wanted);
+    }
+    const qint64 taken = qMin(wanted, patternSize - inPattern);
+    const qint64 phase = inPattern % pattern.size();
+    return pattern.repeated((phase + taken) / pattern.size() + 1).mid(phase, taken);
 }
 
-Reply Reply::text(int status, const QByteArray& body)
+Reply Reply::withBody(int status, const QByteArray& body, const QByteArray& contentType)
 {
-    Reply reply = empty(status);
-    reply.m_body = body;
-    return reply.header("Content-Type", "text/plain; charset=utf-8");
-}
-
-Reply Reply::html(int status, const QByteArray& body)
-{
-    return text(status, body).header("Content-Type", "text/html; charset=utf-8");
-}
-
-Reply Reply::empty(int status)
-{
-    Reply reply;
-    reply.m_status = status;
-    return reply;
-}
-
-Reply Reply::redirect(int status, const QByteArray& location)
-{
-    return empty(status).header("Location", location);
-}
-
-Reply Reply::huge(int status, qint64 size, const QByteArray& pattern)
-{
-    Reply reply = empty(status);
-    reply.m_pattern = pattern;
-    reply.m_patternSize = size;
-    return reply.header("Content-Type", "application/octet-stream");
-}
-
-Reply Reply::raw(const QByteArray& bytes)
-{
-    Reply reply;
-    reply.m_body = bytes;
-    return reply.withEnding(Ending::Close);
-}
-
-Reply Reply::closeWithoutAnswer()
-{
-    return raw({});
-}
-
-Reply Reply::resetWithoutAnswer()
-{
-    return raw({}).thenReset();
-}
-
-Reply Reply::never()
-{
-    return raw({}).thenSilence();
-}
-
-Reply Reply::reason(const QByteArray& phrase) const
-{
-    Reply changed = *this;
-    changed.m_reason = phrase;
-    return changed;
+    return empty(status).with(&Reply::m_body, body).header("Content-Type", contentType);
 }
 
 Reply Reply::header(const QByteArray& name, const QByteArray& value) const
 {
     Reply changed = *this;
-    changed.removeHeader(name);
-    changed.m_headers.append({name, value});
-    return changed;
-}
-
-Reply Reply::addHeader(const QByteArray& name, const QByteArray& value) const
-{
-    Reply changed = *this;
+    changed.m_headers.removeIf([&name](const auto& entry) { return entry.first == name; });
     changed.m_headers.append({name, value});
     return changed;
 }
 
 Reply Reply::setCookie(const QByteArray& cookie) const
 {
-    return addHeader("Set-Cookie", cookie);
-}
-
-Reply Reply::contentLength(qint64 length) const
-{
-    return header("Content-Length", QByteArray::number(length));
-}
-
-Reply Reply::withoutContentLength() const
-{
     Reply changed = *this;
-    changed.removeHeader("Content-Length");
-    changed.m_automaticLength = false;
+    changed.m_headers.append({"Set-Cookie", cookie});
     return changed;
 }
 
 Reply Reply::chunked(int chunkSize, ChunkFault fault) const
 {
-    Reply changed = header("Transfer-Encoding", "chunked");
-    changed.m_chunkSize = qMax(1, chunkSize);
-    changed.m_chunkFault = fault;
-    return changed;
-}
-
-Reply Reply::delay(int ms) const
-{
-    Reply changed = *this;
-    changed.m_delayMs = ms;
-    return changed;
-}
-
-Reply Reply::drip(int bytesPerStep, int everyMs) const
-{
-    return withDrip(DripPart::Whole, bytesPerStep, everyMs);
-}
-
-Reply Reply::dripHead(int bytesPerStep, int everyMs) const
-{
-    return withDrip(DripPart::Head, bytesPerStep, everyMs);
-}
-
-Reply Reply::dripBody(int bytesPerStep, int everyMs) const
-{
-    return withDrip(DripPart::Body, bytesPerStep, everyMs);
-}
-
-Reply Reply::holdBody() const
-{
-    Reply changed = *this;
-    changed.m_holdsBody = true;
-    return changed;
-}
-
-Reply Reply::cutAfter(qint64 bytes) const
-{
-    Reply changed = *this;
-    changed.m_cutAfter = bytes;
-    return changed;
-}
-
-Reply Reply::cutBodyAfter(qint64 bytes) const
-{
-    Reply changed = *this;
-    changed.m_cutBodyAfter = bytes;
-    return changed;
-}
-
-Reply Reply::connectionClose() const
-{
-    return header("Connection", "close").thenClose();
-}
-
-Reply Reply::keepOpen() const
-{
-    return withEnding(Ending::NextRequest);
-}
-
-Reply Reply::thenClose() const
-{
-    return withEnding(Ending::Close);
-}
-
-Reply Reply::thenReset() const
-{
-    return withEnding(Ending::Reset);
-}
-
-Reply Reply::thenSilence() const
-{
-    return withEnding(Ending::Silence);
+    return header("Transfer-Encoding", "chunked")
+        .with(&Reply::m_chunkSize, chunkSize)
+        .with(&Reply::m_chunkFault, fault);
 }
 
 Reply Reply::keepAliveThenCloseIdle(int ms) const
 {
-    Reply changed = header("Connection", "keep-alive").withEnding(Ending::CloseWhenIdle);
-    changed.m_idleMs = ms;
-    return changed;
+    return header("Connection", "keep-alive").with(&Reply::m_ending, Ending::CloseWhenIdle).with(&Reply::m_idleMs, ms);
 }
 
-Reply Reply::withDrip(DripPart part, int bytesPerStep, int everyMs) const
+Reply Reply::dripPart(bool inHead, bool inBody, int bytesPerStep, int everyMs) const
 {
-    Reply changed = *this;
-    changed.m_dripPart = part;
-    changed.m_dripBytes = bytesPerStep;
-    changed.m_dripEveryMs = everyMs;
-    return changed;
+    return with(&Reply::m_drip, {.inHead = inHead, .inBody = inBody, .bytes = bytesPerStep, .everyMs = everyMs});
 }
 
-Reply Reply::withEnding(Ending ending) const
+bool Reply::hasHeader(const QByteArray& name) const
 {
-    Reply changed = *this;
-    changed.m_ending = ending;
-    return changed;
+    return std::any_of(m_headers.cbegin(), m_headers.cend(),
+                       [&name](const auto& entry) { return entry.first == name; });
 }
 
-void Reply::removeHeader(const QByteArray& name)
+ReplyScript Reply::script() const
 {
-    m_headers.removeIf([&name](const auto& entry) { return entry.first.compare(name, Qt::CaseInsensitive) == 0; });
+    ReplyScript script;
+    script.prefix = headBytes();
+    const qint64 headSize = script.prefix.size();
+    if (m_chunkSize > 0 && m_patternSize > 0) {
+        script.prefix += QByteArray::number(m_patternSize, 16) + "\r\n";
+        script.suffix = "\r\n0\r\n\r\n";
+    } else {
+        script.prefix += m_chunkSize > 0 ? chunkedBody() : m_body;
+    }
+    script.pattern = m_pattern;
+    script.patternSize = m_patternSize;
+    script.cutAt = m_cutBodyAfter < 0 ? -1 : headSize + m_cutBodyAfter;
+    script.holdAt = m_holdsBody && headSize > 0 ? headSize : -1;
+    script.delayMs = m_delayMs;
+    // After a cut or a broken chunk, only the end of the connection tells the client that no more is coming.
+    const bool isBroken = m_cutBodyAfter >= 0 || m_chunkFault != ChunkFault::None;
+    script.ending = m_ending.value_or(isBroken ? Ending::Close : Ending::NextRequest);
+    script.idleMs = m_idleMs;
+    script.drip = {.from = m_drip.inHead ? 0 : headSize,
+                   .to = m_drip.inBody ? script.size() : headSize,
+                   .bytes = m_drip.bytes,
+                   .everyMs = m_drip.everyMs};
+    return script;
+}
+
+QByteArray Reply::headBytes() const
+{
+    if (m_status == 0) {
+        return {};
+    }
+    QByteArray head = "HTTP/1.1 " + QByteArray::number(m_status) + " Scripted\r\n";
+    for (const auto& [name, value] : m_headers) {
+        head += name + ": " + value + "\r\n";
+    }
+    const qint64 bodySize = m_body.size() + m_patternSize;
+    const bool mayHaveBody = m_status >= 200 && m_status != 204 && m_status != 304;
+    if (m_hasLength && m_chunkSize == 0 && !hasHeader("Content-Length") && (mayHaveBody || bodySize > 0)) {
+        head += "Content-Length: " + QByteArray::number(bodySize) + "\r\n";
+    }
+    return head + "\r\n";
+}
+
+QByteArray Reply::chunkedBody() const
+{
+    QByteArray wire;
+    for (qsizetype offset = 0; offset < m_body.size(); offset += m_chunkSize) {
+        const QByteArray chunk = m_body.mid(offset, m_chunkSize);
+        const bool isLast = offset + m_chunkSize >= m_body.size();
+        if (m_chunkFault == ChunkFault::ShortChunk && isLast) {
+            return wire + QByteArray::number(chunk.size() + 100, 16) + "\r\n" + chunk;
+        }
+        const bool hasSize = m_chunkFault != ChunkFault::BadSize || offset == 0;
+        wire += (hasSize ? QByteArray::number(chunk.size(), 16) : QByteArray("no-size")) + "\r\n" + chunk;
+        if (m_chunkFault != ChunkFault::NoSeparator) {
+            wire += "\r\n";
+        }
+    }
+    return m_chunkFault == ChunkFault::NoLastChunk ? wire : wire + "0\r\n\r\n";
 }
 
 } // namespace support

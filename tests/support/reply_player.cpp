@@ -1,7 +1,6 @@
 #include "reply_player.h"
 
 #include <QSslSocket>
-#include <QTcpSocket>
 
 #include <utility>
 
@@ -36,58 +35,46 @@ void ReplyPlayer::start()
 
 void ReplyPlayer::release()
 {
-    m_isReleased = true;
+    m_script.holdAt = -1;
     sendMore();
-}
-
-bool ReplyPlayer::isHolding() const
-{
-    return m_position < m_script.size() && m_position == sendableSize();
 }
 
 void ReplyPlayer::sendMore()
 {
-    if (m_isFinished || m_pause.isActive()) {
-        return;
-    }
     // A vanished client ends the play: writing to a closed socket would only print a warning.
-    if (m_socket->state() != QAbstractSocket::ConnectedState) {
-        return;
-    }
-    while (m_position < sendableSize() && unsentBytes() < playerMostUnsent) {
-        const bool drips = isDripping();
-        const QByteArray block = m_script.slice(m_position, nextBlockSize());
-        if (m_socket->write(block) != block.size()) {
+    while (!m_isFinished && !m_pause.isActive() && m_socket->state() == QAbstractSocket::ConnectedState) {
+        if (m_position == m_script.size() && unsentBytes() == 0) {
+            m_isFinished = true;
+            Q_EMIT finished();
             return;
         }
+        const QByteArray block = m_script.slice(m_position, nextStop() - m_position);
+        if (block.isEmpty() || unsentBytes() >= playerMostUnsent || m_socket->write(block) != block.size()) {
+            return;
+        }
+        const bool drips = m_script.drip.bytes > 0 && m_position >= m_script.drip.from && m_position < m_script.drip.to;
         m_position += block.size();
         if (drips) {
             m_socket->flush();
             m_pause.start(m_script.drip.everyMs);
-            return;
         }
     }
-    if (m_position >= m_script.size() && unsentBytes() == 0) {
-        m_isFinished = true;
-        Q_EMIT finished();
-    }
 }
 
-qint64 ReplyPlayer::nextBlockSize() const
+/// Where the next block ends at the latest.
+qint64 ReplyPlayer::nextStop() const
 {
     const DripPace& drip = m_script.drip;
-    const qint64 left = sendableSize() - m_position;
-    if (isDripping()) {
-        return qMin(left, qMin(drip.bytes, drip.to - m_position));
+    qint64 stop = qMin(m_script.size(), m_position + playerBlockSize);
+    if (m_script.holdAt >= m_position) {
+        stop = qMin(stop, m_script.holdAt);
     }
-    const bool dripAhead = drip.bytes > 0 && m_position < drip.from;
-    return qMin(playerBlockSize, dripAhead ? qMin(left, drip.from - m_position) : left);
-}
-
-qint64 ReplyPlayer::sendableSize() const
-{
-    const bool holds = m_script.holdAt >= 0 && !m_isReleased;
-    return holds ? qMin(m_script.holdAt, m_script.size()) : m_script.size();
+    if (drip.bytes > 0 && m_position < drip.from) {
+        stop = qMin(stop, drip.from);
+    } else if (drip.bytes > 0 && m_position < drip.to) {
+        stop = qMin(stop, qMin(drip.to, m_position + drip.bytes));
+    }
+    return stop;
 }
 
 qint64 ReplyPlayer::unsentBytes() const
@@ -95,12 +82,6 @@ qint64 ReplyPlayer::unsentBytes() const
     // An encrypting socket empties its own buffer into that of the socket beneath, which has no limit.
     const auto* encrypted = qobject_cast<const QSslSocket*>(m_socket);
     return m_socket->bytesToWrite() + (encrypted ? encrypted->encryptedBytesToWrite() : 0);
-}
-
-bool ReplyPlayer::isDripping() const
-{
-    const DripPace& drip = m_script.drip;
-    return drip.bytes > 0 && m_position >= drip.from && m_position < drip.to;
 }
 
 } // namespace support

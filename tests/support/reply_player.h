@@ -1,6 +1,6 @@
 #pragma once
 
-#include "reply_script.h"
+#include "reply.h"
 
 #include <QObject>
 #include <QTimer>
@@ -21,7 +21,10 @@ public:
     void start();
     /// Sends what the script holds back.
     void release();
-    bool isHolding() const;
+    bool isHolding() const
+    {
+        return m_script.holdAt >= 0 && m_position == m_script.holdAt && m_position < m_script.size();
+    }
 
 Q_SIGNALS:
     /// The last byte has been handed to the system.
@@ -29,16 +32,13 @@ Q_SIGNALS:
 
 private:
     void sendMore();
-    qint64 nextBlockSize() const;
-    qint64 sendableSize() const;
+    qint64 nextStop() const;
     qint64 unsentBytes() const;
-    bool isDripping() const;
 
     ReplyScript m_script;
     QTcpSocket* m_socket = nullptr;
     qint64 m_position = 0;
     QTimer m_pause;
-    bool m_isReleased = false;
     bool m_isFinished = false;
 };
 

@@ -1,18 +1,35 @@
 #include "scripted_connection.h"
 
 #include "reply_player.h"
-#include "socket_reset.h"
 
 #include <QTcpSocket>
+#include <QTimer>
+
+#if defined(Q_OS_WIN)
+#include <winsock2.h>
+#else
+#include <sys/socket.h>
+#endif
 
 namespace support {
 
 namespace {
 
-bool wantsKeepAlive(const RecordedRequest& request)
+/// Closes with a TCP reset. Bytes not sent yet are lost.
+void resetConnection(QAbstractSocket* socket)
 {
-    const QByteArray wish = request.header("Connection").toLower();
-    return request.version == "HTTP/1.0" ? wish == "keep-alive" : wish != "close";
+    // abort() alone still closes in good order when everything has been read and sent. A linger time of zero
+    // is what turns the close into a reset.
+    linger lingering = {};
+    lingering.l_onoff = 1;
+    lingering.l_linger = 0;
+#if defined(Q_OS_WIN)
+    ::setsockopt(static_cast<SOCKET>(socket->socketDescriptor()), SOL_SOCKET, SO_LINGER,
+                 reinterpret_cast<const char*>(&lingering), sizeof lingering);
+#else
+    ::setsockopt(static_cast<int>(socket->socketDescriptor()), SOL_SOCKET, SO_LINGER, &lingering, sizeof lingering);
+#endif
+    socket->abort();
 }
 
 } // namespace
@@ -23,15 +40,8 @@ ScriptedConnection::ScriptedConnection(int number, QTcpSocket* socket, QObject* 
       m_socket(socket)
 {
     m_socket->setParent(this);
-    // A drip has to leave at once; otherwise the system collects small pieces until the last one is
-    // acknowledged.
+    // A drip has to leave at once; otherwise the system collects small pieces until the last one is acknowledged.
     m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    m_idle.setSingleShot(true);
-    connect(&m_idle, &QTimer::timeout, this, [this] {
-        if (isIdle()) {
-            close();
-        }
-    });
     connect(m_socket, &QTcpSocket::readyRead, this, &ScriptedConnection::readMore);
     connect(m_socket, &QTcpSocket::disconnected, this, [this] {
         m_stage = Stage::Silent;
@@ -54,15 +64,12 @@ void ScriptedConnection::answer(const ReplyScript& script)
         return;
     }
     m_stage = Stage::Answering;
-    auto* player = new ReplyPlayer(script, m_socket, this);
-    m_player = player;
-    const Ending ending = script.ending;
-    const int idleMs = script.idleMs;
-    connect(player, &ReplyPlayer::finished, this, [this, player, ending, idleMs] {
-        player->deleteLater();
+    m_player = new ReplyPlayer(script, m_socket, this);
+    connect(m_player, &ReplyPlayer::finished, this, [this, ending = script.ending, idleMs = script.idleMs] {
+        m_player->deleteLater();
         endAnswer(ending, idleMs);
     });
-    player->start();
+    m_player->start();
 }
 
 void ScriptedConnection::releaseAnswer()
@@ -77,21 +84,10 @@ bool ScriptedConnection::holdsAnswer() const
     return m_player && m_player->isHolding();
 }
 
-bool ScriptedConnection::isIdle() const
-{
-    return m_stage == Stage::WaitingForRequest && !m_reader.isMidway();
-}
-
 void ScriptedConnection::close()
 {
     m_stage = Stage::Silent;
     m_socket->disconnectFromHost();
-}
-
-void ScriptedConnection::reset()
-{
-    m_stage = Stage::Silent;
-    resetConnection(m_socket);
 }
 
 void ScriptedConnection::readMore()
@@ -101,8 +97,8 @@ void ScriptedConnection::readMore()
         return;
     }
     Q_EMIT bytesReceived(bytes.size());
-    m_reader.feed(bytes);
-    while (auto request = m_reader.next()) {
+    m_stream += bytes;
+    while (auto request = takeRequest(m_stream)) {
         request->connection = m_number;
         m_waiting.append(*request);
         Q_EMIT requestArrived(*request);
@@ -112,31 +108,36 @@ void ScriptedConnection::readMore()
 
 void ScriptedConnection::takeNextRequest()
 {
-    if (m_stage != Stage::WaitingForRequest || m_waiting.isEmpty()) {
-        return;
+    if (m_stage == Stage::WaitingForRequest && !m_waiting.isEmpty()) {
+        m_stage = Stage::WaitingForAnswer;
+        Q_EMIT requestDue(m_waiting.takeFirst());
     }
-    m_idle.stop();
-    const RecordedRequest request = m_waiting.takeFirst();
-    m_stage = Stage::WaitingForAnswer;
-    m_clientKeepsAlive = wantsKeepAlive(request);
-    Q_EMIT requestDue(request);
 }
 
 void ScriptedConnection::endAnswer(Ending ending, int idleMs)
 {
-    const bool mayStayOpen = ending == Ending::NextRequest || ending == Ending::CloseWhenIdle;
-    if (ending == Ending::Close || (mayStayOpen && !m_clientKeepsAlive)) {
+    switch (ending) {
+    case Ending::Close:
         close();
-    } else if (ending == Ending::Reset) {
-        reset();
-    } else if (ending == Ending::Silence) {
+        break;
+    case Ending::Reset:
         m_stage = Stage::Silent;
-    } else {
+        resetConnection(m_socket);
+        break;
+    case Ending::Silence:
+        m_stage = Stage::Silent;
+        break;
+    case Ending::CloseWhenIdle:
+        QTimer::singleShot(idleMs, this, [this] {
+            if (isIdle()) {
+                close();
+            }
+        });
+        [[fallthrough]];
+    case Ending::NextRequest:
         m_stage = Stage::WaitingForRequest;
-        if (ending == Ending::CloseWhenIdle) {
-            m_idle.start(idleMs);
-        }
         takeNextRequest();
+        break;
     }
 }
 

@@ -1,13 +1,10 @@
 #pragma once
 
 #include "recorded_request.h"
-#include "reply_script.h"
-#include "request_reader.h"
+#include "reply.h"
 
-#include <QList>
 #include <QObject>
 #include <QPointer>
-#include <QTimer>
 
 class QTcpSocket;
 
@@ -31,9 +28,8 @@ public:
     void releaseAnswer();
     bool holdsAnswer() const;
     /// True between two requests.
-    bool isIdle() const;
+    bool isIdle() const { return m_stage == Stage::WaitingForRequest && m_stream.isEmpty(); }
     void close();
-    void reset();
 
 Q_SIGNALS:
     void bytesReceived(qint64 count);
@@ -53,11 +49,9 @@ private:
     int m_number = 0;
     QTcpSocket* m_socket = nullptr;
     QPointer<ReplyPlayer> m_player;
-    RequestReader m_reader;
+    QByteArray m_stream;
     QList<RecordedRequest> m_waiting;
     Stage m_stage = Stage::WaitingForRequest;
-    bool m_clientKeepsAlive = true;
-    QTimer m_idle;
 };
 
 } // namespace support

@@ -16,7 +16,17 @@ namespace support {
 namespace {
 
 /// Enough for every client of a crowd to get through before the event loop turns to the server.
-constexpr int mostUnaccepted = 500;
+constexpr int serverMostUnaccepted = 500;
+
+/// A server's first message that picks TLS 1.0 and the cipher AES128-SHA. By hand, because a system's TLS library may
+/// refuse to speak that version at all.
+QByteArray serverOldHello()
+{
+    const QByteArray random(32, '\x5a');
+    const QByteArray body = QByteArray::fromHex("0301") + random + QByteArray::fromHex("00002f00");
+    const QByteArray message = QByteArray::fromHex("020000") + static_cast<char>(body.size()) + body;
+    return QByteArray::fromHex("16030100") + static_cast<char>(message.size()) + message;
+}
 
 } // namespace
 
@@ -25,12 +35,11 @@ ScriptedServer::ScriptedServer() : m_listener(std::make_unique<QTcpServer>())
     begin();
 }
 
-ScriptedServer::ScriptedServer(const TlsIdentity& identity, QSsl::SslProtocol protocol) : m_isEncrypted(true)
+ScriptedServer::ScriptedServer(const TlsIdentity& identity) : m_isEncrypted(true)
 {
     QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
     configuration.setLocalCertificateChain(identity.chain);
     configuration.setPrivateKey(identity.key);
-    configuration.setProtocol(protocol);
     configuration.setPeerVerifyMode(QSslSocket::VerifyNone);
     auto listener = std::make_unique<QSslServer>();
     listener->setSslConfiguration(configuration);
@@ -52,46 +61,7 @@ ScriptedServer::~ScriptedServer() = default;
 
 QString ScriptedServer::origin(const QString& host) const
 {
-    const QString scheme = m_isEncrypted ? u"https"_s : u"http"_s;
-    return u"%1://%2:%3"_s.arg(scheme, host).arg(m_port);
-}
-
-quint16 ScriptedServer::port() const
-{
-    return m_port;
-}
-
-void ScriptedServer::onRequest(Handler handler)
-{
-    m_handler = std::move(handler);
-}
-
-void ScriptedServer::onRequest(const QByteArray& path, Handler handler)
-{
-    m_routes.insert(path, Route{std::move(handler), {}, 0});
-}
-
-void ScriptedServer::reply(const QByteArray& path, const Reply& reply)
-{
-    replies(path, {reply});
-}
-
-void ScriptedServer::replies(const QByteArray& path, const QList<Reply>& replies)
-{
-    Q_ASSERT(!replies.isEmpty());
-    m_routes.insert(path, Route{{}, replies, 0});
-}
-
-void ScriptedServer::removeRoute(const QByteArray& path)
-{
-    m_routes.remove(path);
-}
-
-void ScriptedServer::hold(const QByteArray& path)
-{
-    if (!m_heldPaths.contains(path)) {
-        m_heldPaths.append(path);
-    }
+    return u"%1://%2:%3"_s.arg(m_isEncrypted ? u"https"_s : u"http"_s, host).arg(m_port);
 }
 
 void ScriptedServer::release(const QByteArray& path)
@@ -101,14 +71,22 @@ void ScriptedServer::release(const QByteArray& path)
     for (const HeldRequest& entry : held) {
         if (entry.request.path() != path) {
             m_held.append(entry);
-        } else if (m_connections.contains(entry.connection.data())) {
-            answer(entry.connection, entry.request);
+        } else if (entry.connection) {
+            entry.connection->answer(replyTo(entry.request).script());
         }
     }
 }
 
+qsizetype ScriptedServer::heldCount(const QByteArray& path) const
+{
+    return std::count_if(m_held.cbegin(), m_held.cend(), [this, &path](const HeldRequest& entry) {
+        return entry.request.path() == path && m_connections.contains(entry.connection.data());
+    });
+}
+
 void ScriptedServer::releaseBodies()
 {
+    // A copy, here and below: a connection that ends takes itself off the list.
     for (ScriptedConnection* connection : QList(m_connections)) {
         connection->releaseAnswer();
     }
@@ -120,18 +98,6 @@ qsizetype ScriptedServer::heldBodyCount() const
                          [](const ScriptedConnection* connection) { return connection->holdsAnswer(); });
 }
 
-qsizetype ScriptedServer::heldCount(const QByteArray& path) const
-{
-    return std::count_if(m_held.cbegin(), m_held.cend(), [this, &path](const HeldRequest& entry) {
-        return entry.request.path() == path && m_connections.contains(entry.connection.data());
-    });
-}
-
-QList<RecordedRequest> ScriptedServer::requests() const
-{
-    return m_requests;
-}
-
 QList<RecordedRequest> ScriptedServer::requests(const QByteArray& path) const
 {
     QList<RecordedRequest> found;
@@ -140,40 +106,8 @@ QList<RecordedRequest> ScriptedServer::requests(const QByteArray& path) const
     return found;
 }
 
-qsizetype ScriptedServer::count() const
-{
-    return m_requests.size();
-}
-
-qsizetype ScriptedServer::count(const QByteArray& path) const
-{
-    return std::count_if(m_requests.cbegin(), m_requests.cend(),
-                         [&path](const RecordedRequest& request) { return request.path() == path; });
-}
-
-void ScriptedServer::forgetRequests()
-{
-    m_requests.clear();
-}
-
-qint64 ScriptedServer::httpBytesReceived() const
-{
-    return m_httpBytesReceived;
-}
-
-int ScriptedServer::connectionCount() const
-{
-    return m_connectionCount;
-}
-
-qsizetype ScriptedServer::openConnectionCount() const
-{
-    return m_connections.size();
-}
-
 void ScriptedServer::closeIdleConnections()
 {
-    // A copy: a connection that ends takes itself off the list.
     for (ScriptedConnection* connection : QList(m_connections)) {
         if (connection->isIdle()) {
             connection->close();
@@ -181,38 +115,24 @@ void ScriptedServer::closeIdleConnections()
     }
 }
 
-void ScriptedServer::closeAllConnections()
-{
-    for (ScriptedConnection* connection : QList(m_connections)) {
-        connection->close();
-    }
-}
-
-void ScriptedServer::resetAllConnections()
-{
-    for (ScriptedConnection* connection : QList(m_connections)) {
-        connection->reset();
-    }
-}
-
 void ScriptedServer::stop()
 {
     m_listener->close();
-    closeAllConnections();
-    qDeleteAll(m_listener->findChildren<FaultyHandshake*>());
-}
-
-void ScriptedServer::restart()
-{
-    listen();
+    for (ScriptedConnection* connection : QList(m_connections)) {
+        connection->close();
+    }
+    qDeleteAll(m_listener->findChildren<QTcpSocket*>(Qt::FindDirectChildrenOnly)); // those that were failed
 }
 
 void ScriptedServer::begin()
 {
-    m_listener->setListenBacklogSize(mostUnaccepted);
+    m_listener->setListenBacklogSize(serverMostUnaccepted);
     // Unlike newConnection, this signal waits until a connection is past its TLS handshake.
-    QObject::connect(m_listener.get(), &QTcpServer::pendingConnectionAvailable, m_listener.get(),
-                     [this] { acceptConnections(); });
+    QObject::connect(m_listener.get(), &QTcpServer::pendingConnectionAvailable, m_listener.get(), [this] {
+        while (QTcpSocket* socket = m_listener->nextPendingConnection()) {
+            m_fault ? failHandshake(socket) : serveHttp(socket);
+        }
+    });
     listen();
 }
 
@@ -222,17 +142,6 @@ void ScriptedServer::listen()
         qFatal("The scripted server cannot listen: %s", qPrintable(m_listener->errorString()));
     }
     m_port = m_listener->serverPort();
-}
-
-void ScriptedServer::acceptConnections()
-{
-    while (QTcpSocket* socket = m_listener->nextPendingConnection()) {
-        if (m_fault) {
-            failHandshake(socket);
-        } else {
-            serveHttp(socket);
-        }
-    }
 }
 
 void ScriptedServer::serveHttp(QTcpSocket* socket)
@@ -251,7 +160,7 @@ void ScriptedServer::serveHttp(QTcpSocket* socket)
                          if (m_heldPaths.contains(request.path())) {
                              m_held.append({connection, request});
                          } else {
-                             answer(connection, request);
+                             connection->answer(replyTo(request).script());
                          }
                      });
     QObject::connect(connection, &ScriptedConnection::gone, m_listener.get(), [this, connection] {
@@ -264,35 +173,36 @@ void ScriptedServer::serveHttp(QTcpSocket* socket)
 void ScriptedServer::failHandshake(QTcpSocket* socket)
 {
     ++m_connectionCount;
-    auto* handshake = new FaultyHandshake(*m_fault, socket, m_listener.get());
-    QObject::connect(handshake, &FaultyHandshake::bytesInTheClear, m_listener.get(),
-                     [this](qint64 count) { m_httpBytesReceived += count; });
-    QObject::connect(handshake, &FaultyHandshake::gone, handshake, &QObject::deleteLater);
-    handshake->begin();
-}
-
-void ScriptedServer::answer(ScriptedConnection* connection, const RecordedRequest& request)
-{
-    connection->answer(replyTo(request).script());
+    const auto read = [this, socket, hasSeenHello = std::make_shared<bool>(false)] {
+        constexpr char handshakeRecord = 0x16;
+        const QByteArray bytes = socket->readAll();
+        if (*hasSeenHello || bytes.isEmpty()) {
+            return;
+        }
+        if (!bytes.startsWith(handshakeRecord)) {
+            m_httpBytesReceived += bytes.size(); // in the clear
+            return;
+        }
+        *hasSeenHello = true;
+        if (m_fault == HandshakeFault::OldVersion) {
+            socket->write(serverOldHello());
+        }
+    };
+    QObject::connect(socket, &QTcpSocket::readyRead, m_listener.get(), read);
+    QObject::connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+    read(); // what came before
 }
 
 Reply ScriptedServer::replyTo(const RecordedRequest& request)
 {
-    const auto route = m_routes.find(request.path());
-    if (route != m_routes.end() && route->handler) {
-        // A copy: the handler may replace its own route.
-        const Handler handler = route->handler;
-        return handler(request);
+    Handler handler = m_handler;
+    if (const auto route = m_routes.find(request.path()); route != m_routes.end()) {
+        if (!route->handler) {
+            return route->replies.at(qMin(route->next++, route->replies.size() - 1));
+        }
+        handler = route->handler; // a copy: it may replace its own route
     }
-    if (route != m_routes.end()) {
-        const qsizetype last = route->replies.size() - 1;
-        return route->replies.at(qMin(route->next++, last));
-    }
-    if (m_handler) {
-        const Handler handler = m_handler;
-        return handler(request);
-    }
-    return Reply::text(404, "The test has no answer for " + request.path() + '\n');
+    return handler ? handler(request) : Reply::text(404, "The test has no answer for " + request.path() + '\n');
 }
 
 } // namespace support

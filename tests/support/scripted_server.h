@@ -1,14 +1,12 @@
 #pragma once
 
-#include "handshake_fault.h"
 #include "recorded_request.h"
 #include "reply.h"
-#include "tls_identity.h"
+#include "tls_material.h"
 
 #include <QHash>
 #include <QList>
 #include <QPointer>
-#include <QSsl>
 
 #include <functional>
 #include <memory>
@@ -20,6 +18,12 @@ class QTcpSocket;
 namespace support {
 
 class ScriptedConnection;
+
+/// How a server can fail a client that wants to speak TLS.
+enum class HandshakeFault {
+    Silence,    ///< accepts the connection and never says a word
+    OldVersion, ///< agrees to TLS 1.0 only
+};
 
 /// An HTTP server on a loopback port of its own, for tests that look at the client from the wire. It answers
 /// what the test tells it to, records every byte of every request, and can misbehave in most of the ways in
@@ -36,7 +40,7 @@ public:
     /// Speaks plain HTTP.
     ScriptedServer();
     /// Speaks HTTPS.
-    explicit ScriptedServer(const TlsIdentity& identity, QSsl::SslProtocol protocol = QSsl::TlsV1_2OrLater);
+    explicit ScriptedServer(const TlsIdentity& identity);
     /// Wants to speak HTTPS, and fails every client before a request can be sent.
     explicit ScriptedServer(HandshakeFault fault);
     ~ScriptedServer();
@@ -44,49 +48,45 @@ public:
 
     /// Scheme, host and port, without a trailing slash.
     QString origin(const QString& host = QStringLiteral("127.0.0.1")) const;
-    quint16 port() const;
+    quint16 port() const { return m_port; }
 
     // What is answered. Paths are given without the query; all of it may change at any time.
-    void onRequest(Handler handler);
-    void onRequest(const QByteArray& path, Handler handler);
-    void reply(const QByteArray& path, const Reply& reply);
+    void onRequest(Handler handler) { m_handler = std::move(handler); }
+    void onRequest(const QByteArray& path, Handler handler) { m_routes.insert(path, Route{std::move(handler), {}, 0}); }
+    void reply(const QByteArray& path, const Reply& reply) { replies(path, {reply}); }
     /// One after the other; the last one repeats.
-    void replies(const QByteArray& path, const QList<Reply>& replies);
-    void removeRoute(const QByteArray& path);
+    void replies(const QByteArray& path, const QList<Reply>& replies) { m_routes.insert(path, Route{{}, replies, 0}); }
 
-    // When it is answered. Requests to a held path are recorded and wait; the route counts as it is on
-    // release.
-    void hold(const QByteArray& path);
+    // When it is answered. Requests to a held path are recorded and wait; the route counts as it is on release.
+    void hold(const QByteArray& path) { m_heldPaths.append(path); }
     /// Answers what waits, and whatever comes later.
     void release(const QByteArray& path);
+    /// How many requests to the path wait with their client still there.
+    qsizetype heldCount(const QByteArray& path) const;
     /// Sends the bodies of the answers that wait after their heads.
     void releaseBodies();
     /// How many answers wait like that.
     qsizetype heldBodyCount() const;
-    /// How many requests to the path wait with their client still there.
-    qsizetype heldCount(const QByteArray& path) const;
 
     // What has come in.
-    QList<RecordedRequest> requests() const;
+    QList<RecordedRequest> requests() const { return m_requests; }
     QList<RecordedRequest> requests(const QByteArray& path) const;
-    qsizetype count() const;
-    qsizetype count(const QByteArray& path) const;
-    void forgetRequests();
+    qsizetype count() const { return m_requests.size(); }
+    qsizetype count(const QByteArray& path) const { return requests(path).size(); }
+    void forgetRequests() { m_requests.clear(); }
     /// Every byte of HTTP that has arrived, of unfinished requests too; over TLS those after decryption.
-    qint64 httpBytesReceived() const;
+    qint64 httpBytesReceived() const { return m_httpBytesReceived; }
     /// TCP connections accepted so far, with those that never got through a TLS handshake.
-    int connectionCount() const;
+    int connectionCount() const { return m_connectionCount; }
     /// Connections now open on which requests can come.
-    qsizetype openConnectionCount() const;
+    qsizetype openConnectionCount() const { return m_connections.size(); }
 
     // The life of the server.
     void closeIdleConnections();
-    void closeAllConnections();
-    void resetAllConnections();
     /// Closes everything: from now on connections are refused.
     void stop();
     /// Listens again on the former port.
-    void restart();
+    void restart() { listen(); }
 
 private:
     struct Route
@@ -103,10 +103,8 @@ private:
 
     void begin();
     void listen();
-    void acceptConnections();
     void serveHttp(QTcpSocket* socket);
     void failHandshake(QTcpSocket* socket);
-    void answer(ScriptedConnection* connection, const RecordedRequest& request);
     Reply replyTo(const RecordedRequest& request);
 
     bool m_isEncrypted = false;

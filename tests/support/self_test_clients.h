@@ -1,18 +1,15 @@
 #pragma once
 
-#include <QByteArray>
+#include "scripted_server.h"
+
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
-#include <QNetworkRequest>
-#include <QObject>
-#include <QString>
 #include <QTcpSocket>
-
-#include <limits>
+#include <QTest>
 
 namespace support {
 
-class ScriptedServer;
+constexpr int selfTestPatienceMs = 20000;
 
 /// What came of one request.
 struct Fetched
@@ -22,38 +19,56 @@ struct Fetched
     QByteArray body;
 };
 
-/// Sends a GET and waits for its end. With a timeout the transfer may stand still for that long.
-Fetched fetch(QNetworkAccessManager& network, const QString& url, int timeoutMs = 0);
-Fetched post(QNetworkAccessManager& network, const QString& url, const QByteArray& body);
 /// Waits for a reply to end, reads it and deletes it.
-Fetched finish(QNetworkReply* reply);
+inline Fetched finish(QNetworkReply* reply)
+{
+    Fetched fetched{.status = 0, .error = QNetworkReply::UnknownNetworkError, .body = {}};
+    if (QTest::qWaitFor([reply] { return reply->isFinished(); }, selfTestPatienceMs)) {
+        fetched = {.status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt(),
+                   .error = reply->error(),
+                   .body = reply->isOpen() ? reply->readAll() : QByteArray()};
+    }
+    reply->deleteLater();
+    return fetched;
+}
+
+/// Sends a GET and waits for its end. With a timeout the transfer may stand still for that long.
+inline Fetched fetch(QNetworkAccessManager& network, const QString& url, int timeoutMs = 0)
+{
+    QNetworkRequest request{QUrl(url)};
+    request.setTransferTimeout(timeoutMs);
+    return finish(network.get(request));
+}
 
 /// A client that speaks HTTP by hand and keeps what comes back.
 class RawClient : public QObject
 {
-    Q_OBJECT
-
 public:
-    explicit RawClient(const ScriptedServer& server);
+    explicit RawClient(const ScriptedServer& server)
+    {
+        connect(&m_socket, &QTcpSocket::readyRead, this, [this] {
+            m_received += m_socket.readAll();
+            ++m_pieces;
+        });
+        m_socket.connectToHost(QHostAddress(QHostAddress::LocalHost), server.port());
+        if (!QTest::qWaitFor([this] { return isConnected(); }, selfTestPatienceMs)) {
+            qFatal("No connection to the scripted server: %s", qPrintable(m_socket.errorString()));
+        }
+    }
 
-    void send(const QByteArray& bytes);
-    void sendGet(const QByteArray& target);
-    /// Everything received so far, unless some is discarded.
-    QByteArray received() const;
-    qint64 receivedSize() const;
-    /// Keeps only so many of the first bytes.
-    void discardAllBut(qsizetype most);
+    void send(const QByteArray& bytes) { m_socket.write(bytes); }
+    void sendGet(const QByteArray& target) { send("GET " + target + " HTTP/1.1\r\nHost: localhost\r\n\r\n"); }
+    /// Everything received so far.
+    QByteArray received() const { return m_received; }
     /// In how many pieces it came, at least.
-    int receivedPieces() const;
-    bool isConnected() const;
+    int receivedPieces() const { return m_pieces; }
+    bool isConnected() const { return m_socket.state() == QAbstractSocket::ConnectedState; }
     /// Goes without a word, as a killed program would.
-    void vanish();
+    void vanish() { m_socket.abort(); }
 
 private:
     QTcpSocket m_socket;
     QByteArray m_received;
-    qint64 m_receivedSize = 0;
-    qsizetype m_mostKept = std::numeric_limits<qsizetype>::max();
     int m_pieces = 0;
 };
 

@@ -1,11 +1,24 @@
 #pragma once
 
-#include <QtGlobal>
+#include <QOperatingSystemVersion>
+
+#if defined(Q_OS_UNIX)
+#include <sys/resource.h>
+#endif
 
 namespace support {
 
 /// The most memory that this process has ever had resident. 0 where the system does not tell, and under a
 /// sanitizer, which keeps freed memory on purpose.
-qint64 peakMemoryBytes();
+inline qint64 peakMemoryBytes()
+{
+#if defined(Q_OS_UNIX) && !defined(TARNWICK_TEST_SANITIZED)
+    rusage usage = {};
+    constexpr qint64 unit = QOperatingSystemVersion::currentType() == QOperatingSystemVersion::MacOS ? 1 : 1024;
+    return ::getrusage(RUSAGE_SELF, &usage) == 0 ? usage.ru_maxrss * unit : 0;
+#else
+    return 0;
+#endif
+}
 
 } // namespace support

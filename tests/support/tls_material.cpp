@@ -11,7 +11,7 @@ namespace support {
 
 namespace {
 
-constexpr int toolTimeoutMs = 60000;
+constexpr int tlsToolTimeoutMs = 60000;
 
 /// All that the tool needs to know, so that a system's own configuration plays no part.
 constexpr QByteArrayView toolConfiguration(R"([req]
@@ -43,14 +43,9 @@ unique_subject = no
 commonName = supplied
 )");
 
-QDateTime daysFromNow(int days)
+QString certificateTime(int daysFromNow)
 {
-    return QDateTime::currentDateTimeUtc().addDays(days);
-}
-
-QString certificateTime(const QDateTime& time)
-{
-    return time.toString(u"yyyyMMddHHmmss'Z'"_s);
+    return QDateTime::currentDateTimeUtc().addDays(daysFromNow).toString(u"yyyyMMddHHmmss'Z'"_s);
 }
 
 } // namespace
@@ -63,53 +58,18 @@ TlsMaterial::TlsMaterial()
     makeAuthority(u"authority"_s) && run({u"genrsa"_s, u"-out"_s, u"leaf.key"_s, u"2048"_s});
 }
 
-bool TlsMaterial::isUsable() const
+QSslCertificate TlsMaterial::usableAuthority() const
 {
-    return m_errorText.isEmpty();
-}
-
-QString TlsMaterial::errorText() const
-{
-    return m_errorText;
-}
-
-QSslCertificate TlsMaterial::authority() const
-{
-    return QSslCertificate(read(u"authority.pem"_s));
-}
-
-TlsIdentity TlsMaterial::good()
-{
-    return makeLeaf(u"good"_s, u"authority"_s, u"loopback"_s, daysFromNow(-1), daysFromNow(30));
-}
-
-TlsIdentity TlsMaterial::selfSigned()
-{
-    return makeLeaf(u"self-signed"_s, {}, u"loopback"_s, daysFromNow(-1), daysFromNow(30));
-}
-
-TlsIdentity TlsMaterial::expired()
-{
-    return makeLeaf(u"expired"_s, u"authority"_s, u"loopback"_s, daysFromNow(-30), daysFromNow(-1));
-}
-
-TlsIdentity TlsMaterial::notYetValid()
-{
-    return makeLeaf(u"not-yet-valid"_s, u"authority"_s, u"loopback"_s, daysFromNow(1), daysFromNow(30));
-}
-
-TlsIdentity TlsMaterial::wrongHost()
-{
-    return makeLeaf(u"wrong-host"_s, u"authority"_s, u"elsewhere"_s, daysFromNow(-1), daysFromNow(30));
+    if (!isUsable()) {
+        qFatal("No certificates: %s", qPrintable(m_errorText));
+    }
+    return authority();
 }
 
 TlsIdentity TlsMaterial::unknownAuthority()
 {
     const QString stranger = u"stranger"_s;
-    if (!QFile::exists(m_folder.filePath(stranger + u".pem"_s)) && !makeAuthority(stranger)) {
-        return {};
-    }
-    return makeLeaf(u"unknown"_s, stranger, u"loopback"_s, daysFromNow(-1), daysFromNow(30));
+    return makeAuthority(stranger) ? makeLeaf({.authority = stranger}) : TlsIdentity();
 }
 
 bool TlsMaterial::run(const QStringList& arguments)
@@ -122,7 +82,7 @@ bool TlsMaterial::run(const QStringList& arguments)
     tool.setProcessChannelMode(QProcess::MergedChannels);
     tool.setStandardInputFile(QProcess::nullDevice());
     tool.start(u"openssl"_s, arguments);
-    if (!tool.waitForFinished(toolTimeoutMs)) {
+    if (!tool.waitForFinished(tlsToolTimeoutMs)) {
         m_errorText = u"openssl does not run: "_s + tool.errorString();
     } else if (tool.exitStatus() != QProcess::NormalExit || tool.exitCode() != 0) {
         m_errorText =
@@ -138,43 +98,26 @@ bool TlsMaterial::makeAuthority(const QString& name)
                 u"authority"_s, u"-subj"_s, u"/CN=Loopback test "_s + name});
 }
 
-TlsIdentity TlsMaterial::makeLeaf(const QString& name, const QString& authority, const QString& extensions,
-                                  const QDateTime& from, const QDateTime& until)
+TlsIdentity TlsMaterial::makeLeaf(const Leaf& leaf)
 {
-    const QString request = name + u".csr"_s;
-    const QString certificate = name + u".pem"_s;
-    QStringList signing = {u"ca"_s,
-                           u"-config"_s,
-                           u"tool.cnf"_s,
-                           u"-batch"_s,
-                           u"-notext"_s,
-                           u"-in"_s,
-                           request,
-                           u"-out"_s,
-                           certificate,
-                           u"-extensions"_s,
-                           extensions,
-                           u"-startdate"_s,
-                           certificateTime(from),
-                           u"-enddate"_s,
-                           certificateTime(until)};
-    if (authority.isEmpty()) {
-        signing += {u"-selfsign"_s, u"-keyfile"_s, u"leaf.key"_s};
-    } else {
-        signing += {u"-cert"_s, authority + u".pem"_s, u"-keyfile"_s, authority + u".key"_s};
-    }
-    const bool isMade = run({u"req"_s, u"-config"_s, u"tool.cnf"_s, u"-new"_s, u"-key"_s, u"leaf.key"_s, u"-out"_s,
-                             request, u"-subj"_s, u"/CN=Loopback test "_s + name}) &&
-                        run(signing);
+    const QStringList signer = leaf.authority.isEmpty() ? QStringList{u"-selfsign"_s, u"-keyfile"_s, u"leaf.key"_s}
+                                                        : QStringList{u"-cert"_s, leaf.authority + u".pem"_s,
+                                                                      u"-keyfile"_s, leaf.authority + u".key"_s};
+    const bool isMade =
+        run({u"req"_s, u"-config"_s, u"tool.cnf"_s, u"-new"_s, u"-key"_s, u"leaf.key"_s, u"-out"_s, u"leaf.csr"_s,
+             u"-subj"_s, u"/CN=Loopback test"_s}) &&
+        run(QStringList{u"ca"_s, u"-config"_s, u"tool.cnf"_s, u"-batch"_s, u"-notext"_s, u"-in"_s, u"leaf.csr"_s,
+                        u"-out"_s, u"leaf.pem"_s, u"-extensions"_s, leaf.host, u"-startdate"_s,
+                        certificateTime(leaf.fromDay), u"-enddate"_s, certificateTime(leaf.untilDay)} +
+            signer);
     if (!isMade) {
         return {};
     }
-    TlsIdentity identity;
-    identity.chain.append(QSslCertificate(read(certificate)));
-    if (!authority.isEmpty()) {
-        identity.chain.append(QSslCertificate(read(authority + u".pem"_s)));
+    TlsIdentity identity{.chain = {QSslCertificate(read(u"leaf.pem"_s))},
+                         .key = QSslKey(read(u"leaf.key"_s), QSsl::Rsa)};
+    if (!leaf.authority.isEmpty()) {
+        identity.chain.append(QSslCertificate(read(leaf.authority + u".pem"_s)));
     }
-    identity.key = QSslKey(read(u"leaf.key"_s), QSsl::Rsa);
     return identity;
 }
 

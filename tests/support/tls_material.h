@@ -1,19 +1,40 @@
 #pragma once
 
-#include "tls_identity.h"
-
-#include <QByteArray>
+#include <QList>
 #include <QSslCertificate>
+#include <QSslConfiguration>
+#include <QSslKey>
 #include <QString>
 #include <QTemporaryDir>
 
-class QDateTime;
-
 namespace support {
 
+/// What a TLS server shows: its certificate, those that lead up to an authority, and its private key.
+struct TlsIdentity
+{
+    QList<QSslCertificate> chain;
+    QSslKey key;
+};
+
+/// Every TLS client of the program trusts the authority for as long as the object lives. Objects nest.
+class TrustedCa
+{
+public:
+    explicit TrustedCa(const QSslCertificate& authority) : m_former(QSslConfiguration::defaultConfiguration())
+    {
+        QSslConfiguration configuration = m_former;
+        configuration.addCaCertificate(authority);
+        QSslConfiguration::setDefaultConfiguration(configuration);
+    }
+    ~TrustedCa() { QSslConfiguration::setDefaultConfiguration(m_former); }
+    Q_DISABLE_COPY_MOVE(TrustedCa)
+
+private:
+    QSslConfiguration m_former;
+};
+
 /// Certificates for loopback servers, made on demand by the `openssl` command line tool in a folder that goes
-/// away with the object. Making keys takes a moment: keep one object per test program. Check isUsable()
-/// first.
+/// away with the object. Making keys takes a moment: keep one object per test program. Check isUsable() first.
 class TlsMaterial
 {
 public:
@@ -22,31 +43,52 @@ public:
     Q_DISABLE_COPY_MOVE(TlsMaterial)
 
     /// False when the tool is missing or has failed; errorText() says why.
-    bool isUsable() const;
-    QString errorText() const;
+    bool isUsable() const { return m_errorText.isEmpty(); }
+    QString errorText() const { return m_errorText; }
 
     /// The authority to trust; it signs every identity below but the self-signed and the unknown one.
-    QSslCertificate authority() const;
+    QSslCertificate authority() const { return QSslCertificate(read(QStringLiteral("authority.pem"))); }
+    /// The same; ends the program when the tool has failed.
+    QSslCertificate usableAuthority() const;
 
     /// For localhost, 127.0.0.1 and ::1.
-    TlsIdentity good();
-    TlsIdentity selfSigned();
-    TlsIdentity expired();
-    TlsIdentity notYetValid();
-    TlsIdentity wrongHost();
+    TlsIdentity good() { return makeLeaf({}); }
+    TlsIdentity selfSigned() { return makeLeaf({.authority = {}}); }
+    TlsIdentity expired() { return makeLeaf({.fromDay = -30, .untilDay = -1}); }
+    TlsIdentity notYetValid() { return makeLeaf({.fromDay = 1, .untilDay = 30}); }
+    TlsIdentity wrongHost() { return makeLeaf({.host = QStringLiteral("elsewhere")}); }
     /// Signed by an authority that nobody trusts.
     TlsIdentity unknownAuthority();
 
 private:
+    struct Leaf
+    {
+        QString authority = QStringLiteral("authority"); ///< empty for a self-signed one
+        QString host = QStringLiteral("loopback");       ///< a section of the tool's configuration
+        int fromDay = -1;
+        int untilDay = 30;
+    };
+
     bool run(const QStringList& arguments);
     bool makeAuthority(const QString& name);
-    TlsIdentity makeLeaf(const QString& name, const QString& authority, const QString& extensions,
-                         const QDateTime& from, const QDateTime& until);
+    TlsIdentity makeLeaf(const Leaf& leaf);
     QByteArray read(const QString& fileName) const;
     void write(const QString& fileName, const QByteArray& content);
 
     QTemporaryDir m_folder;
     QString m_errorText;
+};
+
+/// A server that every TLS client of the program trusts for as long as the object lives.
+class TrustedTls
+{
+    TlsMaterial m_material;
+
+public:
+    const TlsIdentity identity = m_material.good();
+
+private:
+    const TrustedCa m_trust{m_material.usableAuthority()};
 };
 
 } // namespace support

@@ -1,9 +1,6 @@
-#include "app/tarnwick_client_window.h"
-#include "support/client_run.h"
+#include "support/client_test.h"
 
 #include <QObject>
-#include <QRegularExpression>
-#include <QTest>
 
 #include <optional>
 
@@ -17,25 +14,160 @@ class ControlsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u".*"_s)); }
+    void controlsFollowTheThreeFacts_data()
+    {
+        QTest::addColumn<bool>("linked");
+        QTest::addColumn<std::optional<Call>>("inFlight");
+        QTest::addColumn<bool>("row");
+        QTest::addColumn<QString>("disabled");
+        const auto add = [](const char* name, bool linked, std::optional<Call> inFlight, bool row,
+                            const char* disabled) {
+            QTest::newRow(name) << linked << inFlight << row << QString::fromLatin1(disabled);
+        };
+        add("unlinked", false, std::nullopt, false, "refresh unlink open form");
+        add("unlinked, a row", false, std::nullopt, true, "refresh unlink open form");
+        add("unlinked, link start", false, Call::LinkStart, true, "generate refresh unlink open form");
+        add("unlinked, link poll", false, Call::LinkPoll, true, "refresh unlink open form");
+        add("unlinked, session", false, Call::Session, true, "refresh unlink open form");
+        add("unlinked, instances", false, Call::Instances, true, "refresh unlink open form");
+        add("unlinked, create", false, Call::CreateInstance, true, "refresh unlink open form");
+        add("linked", true, std::nullopt, false, "open");
+        add("linked, a row", true, std::nullopt, true, "");
+        add("linked, link start", true, Call::LinkStart, true, "generate");
+        add("linked, link poll", true, Call::LinkPoll, true, "");
+        add("linked, session", true, Call::Session, true, "unlink");
+        add("linked, instances", true, Call::Instances, true, "refresh");
+        add("linked, create", true, Call::CreateInstance, true, "form");
+    }
 
-    void controlsFollowTheThreeFacts_data();
-    void controlsFollowTheThreeFacts();
-    void aRequestDisablesItsControlsAtOnce_data();
-    void aRequestDisablesItsControlsAtOnce();
-    void anAnswerFreesItsControls_data();
-    void anAnswerFreesItsControls();
-    void aTokenThatIsNotConfirmedYetCountsAsLinked();
-    void theSelectionSignalComputesAnew();
-    void aListWithoutProjectsLeavesNothingToOpen();
+    void controlsFollowTheThreeFacts()
+    {
+        QFETCH(bool, linked);
+        QFETCH(std::optional<Call>, inFlight);
+        QFETCH(bool, row);
+        QFETCH(QString, disabled);
+        Run run;
+        run.server.reply(callPath(Call::Instances), Reply::json(200, "{}"));
+        QVERIFY(prepare(run, inFlight.value_or(Call::Instances)));
+        if (inFlight) {
+            run.server.hold(callPath(*inFlight));
+            bringAbout(run, *inFlight);
+            QTRY_COMPARE(run.server.heldCount(callPath(*inFlight)), 1);
+        }
+        if (!linked) {
+            run.forcePress(u"Unlink");
+        }
+        if (row) {
+            run.view().table()->insertRow(0);
+            run.view().table()->selectRow(0);
+        }
+        QCOMPARE(run.view().table()->currentRow(), row ? 0 : -1);
+        QCOMPARE(disabledIn(run), disabled);
+    }
+
+    void aRequestDisablesItsControlsUntilItsAnswer_data()
+    {
+        QTest::addColumn<Call>("call");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("during");
+        QTest::addColumn<QString>("after");
+        const auto add = [](Call call, const QString& during, const QString& afterFailure) {
+            QTest::addRow("%s, success", support::callName(call)) << call << 200 << during << QString();
+            QTest::addRow("%s, failure", support::callName(call)) << call << 500 << during << afterFailure;
+        };
+        add(Call::LinkStart, u"generate"_s, {});
+        add(Call::LinkPoll, {}, {});
+        add(Call::Session, u"unlink"_s, u"refresh unlink open form"_s);
+        add(Call::Instances, u"refresh"_s, {});
+        add(Call::CreateInstance, u"form"_s, {});
+    }
+
+    void aRequestDisablesItsControlsUntilItsAnswer()
+    {
+        QFETCH(Call, call);
+        QFETCH(int, status);
+        QFETCH(QString, during);
+        QFETCH(QString, after);
+        Run run;
+        QVERIFY(prepare(run, call));
+        QCOMPARE(disabledIn(run), QString());
+        run.server.hold(callPath(call));
+        bringAbout(run, call);
+        if (call != Call::Session) { // that one only follows the answer to a poll
+            QCOMPARE(disabledIn(run), during);
+        }
+        QTRY_COMPARE(run.server.heldCount(callPath(call)), 1);
+        QCOMPARE(disabledIn(run), during);
+
+        const QString before = run.view().status();
+        if (status == 500) {
+            run.server.reply(callPath(call), Reply::json(500, R"({"message":"Failed"})"));
+        }
+        run.server.release(callPath(call));
+        if (call != Call::LinkPoll || status == 500) { // a poll that is still pending says nothing
+            QTRY_VERIFY(run.view().status() != before);
+        }
+        QTRY_COMPARE(disabledIn(run), after);
+    }
+
+    void aTokenThatIsNotConfirmedYetCountsAsLinked()
+    {
+        Run run;
+        run.startLinked();
+        // No event has been handled since, and the session check is on its way.
+        QCOMPARE(disabledIn(run), u"unlink open"_s);
+    }
+
+    void aChangedSelectionSetsEveryControlInOrder_data()
+    {
+        QTest::addColumn<bool>("linked");
+        QTest::newRow("linked") << true;
+        QTest::newRow("unlinked") << false;
+    }
+
+    void aChangedSelectionSetsEveryControlInOrder()
+    {
+        QFETCH(bool, linked);
+        Run run;
+        QVERIFY(run.startSignedIn());
+        if (!linked) {
+            run.press(u"Unlink");
+            run.view().table()->insertRow(0);
+            run.view().table()->selectRow(0);
+        }
+        const QString disabled = disabledIn(run);
+        QCOMPARE(disabled, linked ? QString() : u"refresh unlink open form"_s);
+        QStringList names;
+        std::vector<std::unique_ptr<support::EnabledWatch>> watches;
+        const auto controls = controlsIn(run.view());
+        for (const auto& [name, control] : controls) {
+            control->setEnabled(!control->isEnabled());
+            const auto note = [&names, name = name](bool /*enabled*/) {
+                names.append(name);
+            };
+            watches.push_back(std::make_unique<support::EnabledWatch>(control, note));
+        }
+        // The current row stays.
+        run.view().table()->clearSelection();
+        QCOMPARE(run.view().table()->currentRow(), 0);
+        QCOMPARE(names, (QStringList{u"generate"_s, u"pairing"_s, u"refresh"_s, u"unlink"_s, u"open"_s, u"create"_s,
+                                     u"name"_s, u"description"_s, u"emoji"_s, u"accent"_s, u"tags"_s, u"core"_s,
+                                     u"preset"_s, u"public"_s, u"maintenance"_s}));
+        QCOMPARE(disabledIn(run), disabled);
+    }
 
 private:
-    using Run = support::ClientRun<TarnwickClientWindow>;
-    using Names = QStringList;
+    using Run = support::ClientRun;
 
-    static QList<std::pair<QString, QWidget*>> formControls(const support::WindowView& view)
+    /// Every control that is enabled and disabled, by a short name.
+    static QList<std::pair<QString, QWidget*>> controlsIn(const support::WindowView& view)
     {
-        return {{u"create"_s, view.button(u"Create GDPS")},
+        return {{u"generate"_s, view.button(u"Generate Link Code")},
+                {u"pairing"_s, view.button(u"Open Public Pairing Page")},
+                {u"refresh"_s, view.button(u"Refresh")},
+                {u"unlink"_s, view.button(u"Unlink")},
+                {u"open"_s, view.button(u"Open Selected Project")},
+                {u"create"_s, view.button(u"Create GDPS")},
                 {u"name"_s, view.line(u"GDPS Name")},
                 {u"description"_s, view.description()},
                 {u"emoji"_s, view.line(u"Emoji")},
@@ -46,42 +178,27 @@ private:
                 {u"public"_s, view.checkBox(u"Show this GDPS in the public recent list")},
                 {u"maintenance"_s, view.checkBox(u"Start this GDPS in maintenance mode")}};
     }
-    /// Everything that a person could use, by a short name.
-    static QList<std::pair<QString, QWidget*>> allControls(const support::WindowView& view)
+    /// What cannot be used at the moment: the names of controls, and the classes of whatever else should always be
+    /// enabled. "form" is the creation button with all of its fields.
+    static QString disabledIn(Run& run)
     {
-        return QList<std::pair<QString, QWidget*>>{{u"generate"_s, view.button(u"Generate Link Code")},
-                                                   {u"pairing"_s, view.button(u"Open Public Pairing Page")},
-                                                   {u"refresh"_s, view.button(u"Refresh")},
-                                                   {u"unlink"_s, view.button(u"Unlink")},
-                                                   {u"open"_s, view.button(u"Open Selected Project")}} +
-               formControls(view) +
-               QList<std::pair<QString, QWidget*>>{{u"url"_s, view.line(u"Tarnwick URL")},
-                                                   {u"code"_s, view.line(u"Link code")},
-                                                   {u"table"_s, view.table()},
-                                                   {u"tabs"_s, view.tabs()},
-                                                   {u"list page"_s, view.tabs()->widget(0)},
-                                                   {u"create page"_s, view.tabs()->widget(1)}};
-    }
-    /// The names of those that cannot be used at the moment.
-    static Names disabledOf(const support::WindowView& view)
-    {
-        Names names;
-        const auto controls = allControls(view);
+        QStringList names;
+        QList<QWidget*> others = run.window().findChildren<QWidget*>();
+        const auto controls = controlsIn(run.view());
         for (const auto& [name, control] : controls) {
+            others.removeOne(control);
             if (!control->isEnabled()) {
                 names.append(name);
             }
         }
-        return names;
-    }
-    static Names formNames(const support::WindowView& view)
-    {
-        Names names;
-        const auto controls = formControls(view);
-        for (const auto& [name, control] : controls) {
-            names.append(name);
+        for (const QWidget* other : others) {
+            // Qt's own scroll buttons come and go.
+            if (!other->isEnabled() && other->parentWidget()->isEnabled() && !other->inherits("QToolButton")) {
+                names.append(QString::fromLatin1(other->metaObject()->className()));
+            }
         }
-        return names;
+        return names.join(u' ').replace(u"create name description emoji accent tags core preset public maintenance"_s,
+                                        u"form"_s);
     }
     /// Brings a signed-in desktop to the point at which the button or the tick is all that is missing.
     static bool prepare(Run& run, Call call)
@@ -114,184 +231,7 @@ private:
             break;
         }
     }
-    static Names disabledDuring(Call call, const support::WindowView& view)
-    {
-        switch (call) {
-        case Call::LinkStart:
-            return {u"generate"_s};
-        case Call::LinkPoll:
-            return {};
-        case Call::Session:
-            return {u"unlink"_s};
-        case Call::Instances:
-            return {u"refresh"_s};
-        case Call::CreateInstance:
-            return formNames(view);
-        }
-        return {};
-    }
-    static void addCalls()
-    {
-        QTest::addColumn<Call>("call");
-        for (const Call call : support::allCalls()) {
-            QTest::newRow(support::callName(call)) << call;
-        }
-    }
 };
 
-void ControlsTest::controlsFollowTheThreeFacts_data()
-{
-    QTest::addColumn<bool>("linked");
-    QTest::addColumn<std::optional<Call>>("inFlight");
-    QTest::addColumn<bool>("row");
-    QList<std::optional<Call>> inFlight{std::nullopt};
-    for (const Call call : support::allCalls()) {
-        inFlight.append(call);
-    }
-    for (const bool linked : {false, true}) {
-        for (const auto& call : inFlight) {
-            for (const bool row : {false, true}) {
-                QTest::addRow("%s, %s, %s", linked ? "linked" : "unlinked", call ? support::callName(*call) : "nothing",
-                              row ? "a row" : "no row")
-                    << linked << call << row;
-            }
-        }
-    }
-}
-
-void ControlsTest::controlsFollowTheThreeFacts()
-{
-    QFETCH(bool, linked);
-    QFETCH(std::optional<Call>, inFlight);
-    QFETCH(bool, row);
-    Run run;
-    run.server.reply(callPath(Call::Instances), Reply::json(200, "{}"));
-    QVERIFY(prepare(run, inFlight.value_or(Call::Instances)));
-    if (inFlight) {
-        run.server.hold(callPath(*inFlight));
-        bringAbout(run, *inFlight);
-        QTRY_COMPARE(run.server.heldCount(callPath(*inFlight)), 1);
-    }
-    if (!linked) {
-        run.forcePress(u"Unlink");
-    }
-    if (row) {
-        run.view().table()->insertRow(0);
-        run.view().table()->selectRow(0);
-    }
-    QCOMPARE(run.view().table()->currentRow(), row ? 0 : -1);
-
-    Names expected;
-    if (inFlight == Call::LinkStart) {
-        expected.append(u"generate"_s);
-    }
-    if (!linked || inFlight == Call::Instances) {
-        expected.append(u"refresh"_s);
-    }
-    if (!linked || inFlight == Call::Session) {
-        expected.append(u"unlink"_s);
-    }
-    if (!linked || !row) {
-        expected.append(u"open"_s);
-    }
-    if (!linked || inFlight == Call::CreateInstance) {
-        expected.append(formNames(run.view()));
-    }
-    QCOMPARE(disabledOf(run.view()), expected);
-
-    const auto labels = run.window().findChildren<QLabel*>();
-    for (const QLabel* label : labels) {
-        QVERIFY2(label->isEnabled(), qPrintable(label->text()));
-    }
-}
-
-void ControlsTest::aRequestDisablesItsControlsAtOnce_data()
-{
-    addCalls();
-}
-
-void ControlsTest::aRequestDisablesItsControlsAtOnce()
-{
-    QFETCH(Call, call);
-    Run run;
-    if (call == Call::Session) {
-        run.startLinked();
-        QCOMPARE(disabledOf(run.view()), (Names{u"unlink"_s, u"open"_s}));
-        return;
-    }
-    QVERIFY(prepare(run, call));
-    QCOMPARE(disabledOf(run.view()), Names());
-    bringAbout(run, call);
-    // No event has been handled since.
-    QCOMPARE(disabledOf(run.view()), disabledDuring(call, run.view()));
-}
-
-void ControlsTest::anAnswerFreesItsControls_data()
-{
-    QTest::addColumn<Call>("call");
-    QTest::addColumn<bool>("success");
-    for (const Call call : support::allCalls()) {
-        QTest::addRow("%s, success", support::callName(call)) << call << true;
-        QTest::addRow("%s, failure", support::callName(call)) << call << false;
-    }
-}
-
-void ControlsTest::anAnswerFreesItsControls()
-{
-    QFETCH(Call, call);
-    QFETCH(bool, success);
-    Run run;
-    QVERIFY(prepare(run, call));
-    run.server.hold(callPath(call));
-    bringAbout(run, call);
-    QTRY_COMPARE(run.server.heldCount(callPath(call)), 1);
-    QCOMPARE(disabledOf(run.view()), disabledDuring(call, run.view()));
-
-    const QString before = run.view().status();
-    if (!success) {
-        run.server.reply(callPath(call), Reply::json(500, R"({"message":"Failed"})"));
-    }
-    run.server.release(callPath(call));
-    QTRY_VERIFY(run.view().status() != before);
-    if (success) {
-        // A session check or a creation is followed by a fetch.
-        QTRY_COMPARE(disabledOf(run.view()), Names());
-    } else {
-        QCOMPARE(run.view().status(), u"Failed"_s);
-        const Names afterSigningOut = Names{u"refresh"_s, u"unlink"_s, u"open"_s} + formNames(run.view());
-        QCOMPARE(disabledOf(run.view()), call == Call::Session ? afterSigningOut : Names());
-    }
-}
-
-void ControlsTest::aTokenThatIsNotConfirmedYetCountsAsLinked()
-{
-    Run run;
-    run.server.hold(callPath(Call::Session));
-    run.startLinked();
-    QTRY_COMPARE(run.server.heldCount(callPath(Call::Session)), 1);
-    QCOMPARE(disabledOf(run.view()), (Names{u"unlink"_s, u"open"_s}));
-}
-
-void ControlsTest::theSelectionSignalComputesAnew()
-{
-    Run run;
-    QVERIFY(run.startSignedIn());
-    QPushButton* open = run.view().button(u"Open Selected Project");
-    QVERIFY(open->isEnabled());
-    run.view().table()->selectionModel()->clearCurrentIndex();
-    run.view().table()->clearSelection();
-    QVERIFY(!open->isEnabled());
-    run.view().table()->selectRow(0);
-    QVERIFY(open->isEnabled());
-}
-
-void ControlsTest::aListWithoutProjectsLeavesNothingToOpen()
-{
-    Run run;
-    run.server.reply(callPath(Call::Instances), Reply::json(200, R"({"instances":[]})"));
-    QVERIFY(run.startSignedIn());
-    QCOMPARE(disabledOf(run.view()), Names{u"open"_s});
-}
-
-QTEST_MAIN(ControlsTest)
+TARNWICK_TEST(ControlsTest)
 #include "controls_test.moc"

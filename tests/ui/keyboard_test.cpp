@@ -1,15 +1,14 @@
-#include "app/tarnwick_client_window.h"
-#include "support/client_run.h"
+#include "support/client_test.h"
 
+#include <QAbstractItemView>
 #include <QAccessible>
 #include <QApplication>
+#include <QClipboard>
 #include <QFocusFrame>
 #include <QObject>
-#include <QRegularExpression>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTabBar>
-#include <QTest>
 
 using support::Call;
 using support::callPath;
@@ -21,26 +20,214 @@ class KeyboardTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QTest::failOnWarning(QRegularExpression(u".*"_s)); }
+    void tabVisitsEveryControlInReadingOrder_data()
+    {
+        QTest::addColumn<bool>("linked");
+        QTest::addColumn<int>("page");
+        QTest::addColumn<QString>("names");
+        const QString link = u"Tarnwick URL, Link code, Generate Link Code, Open Public Pairing Page, "_s;
+        QTest::newRow("linked, list") << true << 0
+                                      << link + u"Refresh, Unlink, Your GDPS List, Tarnwick projects, "
+                                                "Open Selected Project"_s;
+        // The tab bar is called by the current tab.
+        QTest::newRow("linked, form") << true << 1
+                                      << link + u"Refresh, Unlink, Create GDPS, GDPS Name, Description, Emoji, Accent, "
+                                                "Tags, Core, Preset, Show this GDPS in the public recent list, "
+                                                "Start this GDPS in maintenance mode, Create GDPS"_s;
+        // What is disabled is passed over.
+        QTest::newRow("unlinked, list") << false << 0 << link + u"Your GDPS List, Tarnwick projects"_s;
+        QTest::newRow("unlinked, form") << false << 1 << link + u"Create GDPS"_s;
+    }
 
-    void tabVisitsEveryControlInReadingOrder_data();
-    void tabVisitsEveryControlInReadingOrder();
-    void backtabGoesTheSameWayBack();
-    void tabLeavesTheTableAndTheDescription();
-    void arrowKeysWalkTheRows();
-    void arrowKeysSwitchThePages();
-    void spacePressesTheFocusedControl();
-    void theFocusedFieldIsScrolledIntoView();
-    void aClickedButtonThatDisablesItselfDoesNotScrollItsPage();
-    void aFrameMarksTheFocusedControl();
+    void tabVisitsEveryControlInReadingOrder()
+    {
+        QFETCH(bool, linked);
+        QFETCH(int, page);
+        QFETCH(QString, names);
+        Run run;
+        if (linked) {
+            QVERIFY(run.startSignedIn());
+        } else {
+            run.start();
+        }
+        run.view().tabs()->setCurrentIndex(page);
+        QVERIFY(showActive(run));
+        run.view().line(u"Tarnwick URL")->setFocus();
+        QCOMPARE(visitedWithTab(), names);
+    }
+
+    void theLinkCodeCanBeCopiedButNotTyped()
+    {
+        Run run;
+        run.start();
+        QVERIFY(run.showLinkCode(u"TWPC-1"_s));
+        QLineEdit* code = run.view().line(u"Link code");
+        QTest::keyClicks(code, u"abc"_s);
+        QTest::keyClick(code, Qt::Key_Backspace);
+        QCOMPARE(code->text(), u"TWPC-1"_s);
+
+        QApplication::clipboard()->setText(u"something else"_s);
+        QTest::keySequence(code, QKeySequence::SelectAll);
+        QTest::keySequence(code, QKeySequence::Copy);
+        QCOMPARE(QApplication::clipboard()->text(), u"TWPC-1"_s);
+        QTest::keySequence(code, QKeySequence::Cut);
+        QCOMPARE(code->text(), u"TWPC-1"_s);
+    }
+
+    void theFocusedFieldIsScrolledIntoView()
+    {
+        Run run;
+        QVERIFY(run.startSignedIn());
+        run.view().tabs()->setCurrentIndex(1);
+        QVERIFY(showActive(run));
+        run.window().resize(1060, 760);
+        const auto* area = qobject_cast<QScrollArea*>(run.view().tabs()->widget(1));
+        // The description is higher than what may be left for its page; its first line is what counts.
+        const auto isInView = [area](const QWidget* field) {
+            const QSize firstLine(field->width(), qMin(field->height(), 42));
+            return area->viewport()->rect().contains(QRect(field->mapTo(area->viewport(), QPoint()), firstLine));
+        };
+        QPushButton* create = run.view().button(u"Create GDPS");
+        QTRY_VERIFY(!isInView(create));
+        run.view().tabs()->tabBar()->setFocus();
+        const QList<std::pair<QWidget*, Qt::KeyboardModifier>> ways{{create, Qt::NoModifier},
+                                                                    {run.view().line(u"GDPS Name"), Qt::ShiftModifier}};
+        for (const auto& [last, modifier] : ways) {
+            while (!last->hasFocus()) {
+                QWidget* before = QApplication::focusWidget();
+                QTest::keyClick(before, Qt::Key_Tab, modifier);
+                QVERIFY(QApplication::focusWidget() != before);
+                QVERIFY2(isInView(QApplication::focusWidget()), qPrintable(nameOf(QApplication::focusWidget())));
+            }
+        }
+    }
+
+    void theTableIsInViewWhileItsRowsAreWalked_data()
+    {
+        QTest::addColumn<QSize>("size");
+        QTest::newRow("smallest") << QSize(1060, 760);
+        QTest::newRow("at start") << QSize(1220, 860);
+    }
+
+    void theTableIsInViewWhileItsRowsAreWalked()
+    {
+        QFETCH(QSize, size);
+        Run run;
+        run.server.reply(callPath(Call::Instances), Reply::json(200, R"({"instances":[{},{},{},{},{},{},{},{}]})"));
+        QVERIFY(run.startSignedIn());
+        run.window().resize(size);
+        QVERIFY(showActive(run));
+        QTableWidget* table = run.view().table();
+        const QWidget* viewport = qobject_cast<QScrollArea*>(run.view().tabs()->widget(0))->viewport();
+        const auto placeOf = [viewport](const QWidget* inside, const QRect& part) {
+            return QRect(inside->mapTo(viewport, part.topLeft()), part.size());
+        };
+        run.view().tabs()->tabBar()->setFocus();
+        QTest::keyClick(run.view().tabs()->tabBar(), Qt::Key_Tab);
+        QVERIFY(table->hasFocus());
+        QVERIFY(viewport->rect().contains(placeOf(table, table->rect())));
+        for (int row = 1; row < table->rowCount(); ++row) {
+            QTest::keyClick(table, Qt::Key_Down);
+            QCOMPARE(table->currentRow(), row);
+            const QRect cell = table->visualItemRect(table->currentItem());
+            QVERIFY(table->viewport()->rect().contains(cell));
+            QVERIFY(viewport->rect().contains(placeOf(table->viewport(), cell)));
+        }
+        QTest::keyClick(table, Qt::Key_Tab);
+        QVERIFY(run.view().button(u"Open Selected Project")->hasFocus());
+        QTest::keyClick(run.view().button(u"Open Selected Project"), Qt::Key_Tab, Qt::ShiftModifier);
+        QVERIFY(viewport->rect().contains(placeOf(table, table->rect())));
+    }
+
+    void aFieldUnderTheMouseStaysWhereItIs()
+    {
+        Run run;
+        QVERIFY(run.startSignedIn());
+        QScrollBar* bar = formScrolledDown(run);
+        const QLineEdit* tags = run.view().line(u"Tags");
+        const QWidget* viewport = qobject_cast<QScrollArea*>(run.view().tabs()->widget(1))->viewport();
+        bar->setValue(bar->value() + tags->mapTo(viewport, tags->rect().center()).y());
+        const int before = bar->value();
+        const QPoint lowerHalf = tags->mapTo(&run.window(), tags->rect().center() + QPoint(0, 5));
+        QTest::mouseClick(run.window().windowHandle(), Qt::LeftButton, {}, lowerHalf);
+        QVERIFY(tags->hasFocus());
+        QCOMPARE(bar->value(), before);
+    }
+
+    void comingBackFromAnotherWindowDoesNotScrollThePage()
+    {
+        Run run;
+        QVERIFY(run.startSignedIn());
+        run.view().line(u"GDPS Name")->setFocus();
+        const QScrollBar* bar = formScrolledDown(run);
+        QWidget other;
+        other.show();
+        other.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&other));
+        run.window().activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&run.window()));
+        QTRY_VERIFY(run.view().line(u"GDPS Name")->hasFocus());
+        QVERIFY(bar->value() > 0 && bar->value() == bar->maximum());
+    }
+
+    void aFrameMarksTheFocusedControl()
+    {
+        Run run;
+        QVERIFY(run.startSignedIn());
+        QVERIFY(showActive(run));
+        const QList<QWidget*> controls{run.view().line(u"Link code"), run.view().button(u"Unlink"),
+                                       run.view().tabs()->tabBar(), run.view().table()};
+        for (QWidget* control : controls) {
+            control->setFocus();
+            QTRY_COMPARE(QApplication::focusWidget(), control);
+            const auto* frame = run.window().findChild<QFocusFrame*>();
+            QVERIFY(frame != nullptr);
+            QCOMPARE(frame->widget(), control);
+            QVERIFY(frame->isVisible());
+        }
+        run.view().table()->clearFocus();
+        QVERIFY(run.window().findChild<QFocusFrame*>()->isHidden());
+    }
+
+    void aPopUpListIsNotFramed()
+    {
+        Run run;
+        QVERIFY(run.startSignedIn());
+        run.view().tabs()->setCurrentIndex(1);
+        QVERIFY(showActive(run));
+        QComboBox* preset = run.view().combo(u"Preset");
+        preset->setFocus();
+        const auto* frame = run.window().findChild<QFocusFrame*>();
+        QCOMPARE(frame->widget(), preset);
+        {
+            // A platform without real windows has something to say about a pop-up.
+            const support::MessageCatcher platform;
+            preset->showPopup();
+            QTRY_VERIFY(preset->view()->hasFocus());
+        }
+        QCOMPARE(frame->widget(), nullptr);
+        QVERIFY(frame->isHidden());
+        preset->hidePopup();
+    }
 
 private:
-    using Run = support::ClientRun<TarnwickClientWindow>;
+    using Run = support::ClientRun;
 
     static bool showActive(Run& run)
     {
         run.window().show();
         return QTest::qWaitForWindowActive(&run.window());
+    }
+    /// Shows the form's page, too low for the form, and scrolls to its end.
+    static QScrollBar* formScrolledDown(Run& run)
+    {
+        run.view().tabs()->setCurrentIndex(1);
+        run.window().resize(1060, 760);
+        QScrollBar* bar = qobject_cast<QScrollArea*>(run.view().tabs()->widget(1))->verticalScrollBar();
+        if (showActive(run) && support::waitFor([bar] { return bar->maximum() > 0; })) {
+            bar->setValue(bar->maximum());
+        }
+        return bar;
     }
     /// What a person calls the control: its label, else the name that a screen reader is told.
     static QString nameOf(QWidget* control)
@@ -53,211 +240,18 @@ private:
         }
         return QAccessible::queryAccessibleInterface(control)->text(QAccessible::Name);
     }
-    /// The names of the widgets that the key visits, starting with the focused one, until it comes round.
-    static QStringList visitedWith(Qt::Key key)
+    /// The names of the widgets that Tab visits, starting with the focused one, until it is back there.
+    static QString visitedWithTab()
     {
         const QWidget* first = QApplication::focusWidget();
         QStringList names;
         do {
             names.append(nameOf(QApplication::focusWidget()));
-            QTest::keyClick(QApplication::focusWidget(), key,
-                            key == Qt::Key_Backtab ? Qt::ShiftModifier : Qt::NoModifier);
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         } while (QApplication::focusWidget() != first && names.size() < 50);
-        return names;
-    }
-    static QStringList namesBeforeThePages(bool linked)
-    {
-        const QStringList link{u"Tarnwick URL"_s, u"Link code"_s, u"Generate Link Code"_s,
-                               u"Open Public Pairing Page"_s};
-        return linked ? link + QStringList{u"Refresh"_s, u"Unlink"_s} : link;
-    }
-    /// The tabs are called by the current one.
-    static QStringList namesOfTheForm()
-    {
-        return {u"Create GDPS"_s,
-                u"GDPS Name"_s,
-                u"Description"_s,
-                u"Emoji"_s,
-                u"Accent"_s,
-                u"Tags"_s,
-                u"Core"_s,
-                u"Preset"_s,
-                u"Show this GDPS in the public recent list"_s,
-                u"Start this GDPS in maintenance mode"_s,
-                u"Create GDPS"_s};
+        return names.join(u", "_s);
     }
 };
 
-void KeyboardTest::tabVisitsEveryControlInReadingOrder_data()
-{
-    QTest::addColumn<bool>("linked");
-    QTest::addColumn<int>("page");
-    QTest::addColumn<QStringList>("names");
-    QTest::newRow("linked, list") << true << 0
-                                  << namesBeforeThePages(true) + QStringList{u"Your GDPS List"_s,
-                                                                             u"Tarnwick projects"_s,
-                                                                             u"Open Selected Project"_s};
-    QTest::newRow("linked, form") << true << 1 << namesBeforeThePages(true) + namesOfTheForm();
-    // What is disabled is passed over.
-    QTest::newRow("unlinked, list") << false << 0
-                                    << namesBeforeThePages(false) +
-                                           QStringList{u"Your GDPS List"_s, u"Tarnwick projects"_s};
-    QTest::newRow("unlinked, form") << false << 1 << namesBeforeThePages(false) + QStringList{u"Create GDPS"_s};
-}
-
-void KeyboardTest::tabVisitsEveryControlInReadingOrder()
-{
-    QFETCH(bool, linked);
-    QFETCH(int, page);
-    QFETCH(QStringList, names);
-    Run run;
-    if (linked) {
-        QVERIFY(run.startSignedIn());
-    } else {
-        run.start();
-    }
-    run.view().tabs()->setCurrentIndex(page);
-    QVERIFY(showActive(run));
-    run.view().line(u"Tarnwick URL")->setFocus();
-    QCOMPARE(visitedWith(Qt::Key_Tab), names);
-}
-
-void KeyboardTest::backtabGoesTheSameWayBack()
-{
-    Run run;
-    QVERIFY(run.startSignedIn());
-    run.view().tabs()->setCurrentIndex(1);
-    QVERIFY(showActive(run));
-    run.view().button(u"Create GDPS")->setFocus();
-    QStringList names = namesBeforeThePages(true) + namesOfTheForm();
-    std::reverse(names.begin(), names.end());
-    QCOMPARE(visitedWith(Qt::Key_Backtab), names);
-}
-
-void KeyboardTest::tabLeavesTheTableAndTheDescription()
-{
-    Run run;
-    QVERIFY(run.startSignedIn());
-    QVERIFY(showActive(run));
-    run.view().table()->setFocus();
-    QTest::keyClick(run.view().table(), Qt::Key_Tab);
-    QCOMPARE(QApplication::focusWidget(), run.view().button(u"Open Selected Project"));
-
-    run.view().tabs()->setCurrentIndex(1);
-    run.view().description()->setFocus();
-    QTest::keyClick(run.view().description(), Qt::Key_Tab);
-    QCOMPARE(QApplication::focusWidget(), run.view().line(u"Emoji"));
-    QCOMPARE(run.view().description()->toPlainText(), QString());
-}
-
-void KeyboardTest::arrowKeysWalkTheRows()
-{
-    Run run;
-    run.server.reply(callPath(Call::Instances), Reply::json(200, R"({"instances":[{},{},{}]})"));
-    QVERIFY(run.startSignedIn());
-    QVERIFY(showActive(run));
-    run.view().table()->setFocus();
-    QTest::keyClick(run.view().table(), Qt::Key_Down);
-    QTest::keyClick(run.view().table(), Qt::Key_Down);
-    QCOMPARE(run.view().table()->currentRow(), 2);
-    QVERIFY(run.view().table()->selectionModel()->isRowSelected(2));
-    QVERIFY(run.view().button(u"Open Selected Project")->isEnabled());
-}
-
-void KeyboardTest::arrowKeysSwitchThePages()
-{
-    Run run;
-    run.start();
-    QVERIFY(showActive(run));
-    QTabBar* bar = run.view().tabs()->tabBar();
-    bar->setFocus();
-    QTest::keyClick(bar, Qt::Key_Right);
-    QCOMPARE(run.view().tabs()->currentIndex(), 1);
-    QTest::keyClick(bar, Qt::Key_Left);
-    QCOMPARE(run.view().tabs()->currentIndex(), 0);
-}
-
-void KeyboardTest::spacePressesTheFocusedControl()
-{
-    Run run;
-    QVERIFY(run.startSignedIn());
-    QVERIFY(showActive(run));
-    QPushButton* open = run.view().button(u"Open Selected Project");
-    open->setFocus();
-    QTest::keyClick(open, Qt::Key_Space);
-    QCOMPARE(run.opened.urls(), QList<QUrl>{QUrl(u"https://manage.example/neon"_s)});
-
-    run.view().tabs()->setCurrentIndex(1);
-    QCheckBox* maintenance = run.view().checkBox(u"Start this GDPS in maintenance mode");
-    maintenance->setFocus();
-    QTest::keyClick(maintenance, Qt::Key_Space);
-    QVERIFY(maintenance->isChecked());
-}
-
-void KeyboardTest::theFocusedFieldIsScrolledIntoView()
-{
-    Run run;
-    QVERIFY(run.startSignedIn());
-    run.view().tabs()->setCurrentIndex(1);
-    QVERIFY(showActive(run));
-    run.window().resize(1060, 760);
-    const auto* area = qobject_cast<QScrollArea*>(run.view().tabs()->widget(1));
-    // The description is higher than what may be left for its page; its first line is what counts.
-    const auto isInView = [area](const QWidget* field) {
-        const QSize firstLine(field->width(), qMin(field->height(), 42));
-        return area->viewport()->rect().contains(QRect(field->mapTo(area->viewport(), QPoint()), firstLine));
-    };
-    QPushButton* create = run.view().button(u"Create GDPS");
-    QTRY_VERIFY(!isInView(create));
-    run.view().tabs()->tabBar()->setFocus();
-    while (!create->hasFocus()) {
-        QWidget* before = QApplication::focusWidget();
-        QTest::keyClick(before, Qt::Key_Tab);
-        QVERIFY(QApplication::focusWidget() != before);
-        QVERIFY2(isInView(QApplication::focusWidget()), qPrintable(nameOf(QApplication::focusWidget())));
-    }
-}
-
-void KeyboardTest::aClickedButtonThatDisablesItselfDoesNotScrollItsPage()
-{
-    Run run;
-    QVERIFY(run.startSignedIn());
-    run.server.reply(callPath(Call::CreateInstance), Reply::never());
-    run.view().line(u"GDPS Name")->setText(u"Neon"_s);
-    run.view().tabs()->setCurrentIndex(1);
-    QVERIFY(showActive(run));
-    run.window().resize(1060, 760);
-    const auto* area = qobject_cast<QScrollArea*>(run.view().tabs()->widget(1));
-    QScrollBar* bar = area->verticalScrollBar();
-    QTRY_VERIFY(bar->maximum() > 0);
-    bar->setValue(bar->maximum());
-
-    QPushButton* create = run.view().button(u"Create GDPS");
-    QTest::mouseClick(create, Qt::LeftButton);
-
-    QVERIFY(!create->isEnabled());
-    QVERIFY(QApplication::focusWidget() != create);
-    QCOMPARE(bar->value(), bar->maximum());
-}
-
-void KeyboardTest::aFrameMarksTheFocusedControl()
-{
-    Run run;
-    QVERIFY(run.startSignedIn());
-    QVERIFY(showActive(run));
-    const QList<QWidget*> controls{run.view().line(u"Link code"), run.view().button(u"Unlink"),
-                                   run.view().tabs()->tabBar(), run.view().table()};
-    for (QWidget* control : controls) {
-        control->setFocus();
-        QTRY_COMPARE(QApplication::focusWidget(), control);
-        const auto* frame = run.window().findChild<QFocusFrame*>();
-        QVERIFY(frame != nullptr);
-        QCOMPARE(frame->widget(), control);
-        QVERIFY(frame->isVisible());
-    }
-    run.view().table()->clearFocus();
-    QVERIFY(run.window().findChild<QFocusFrame*>()->isHidden());
-}
-
-QTEST_MAIN(KeyboardTest)
+TARNWICK_TEST(KeyboardTest)
 #include "keyboard_test.moc"

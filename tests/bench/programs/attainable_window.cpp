@@ -8,7 +8,6 @@
 #include "app/tarnwick_client_window.h"
 
 #include "api/service_host.h"
-#include "ui/theme_palette.h"
 #include "ui/theme_style_sheet.h"
 
 #include <QApplication>
@@ -16,6 +15,7 @@
 #include <QLabel>
 #include <QNetworkAccessManager>
 #include <QNetworkRequest>
+#include <QPalette>
 #include <QUrl>
 
 TarnwickClientWindow::TarnwickClientWindow()
@@ -58,13 +58,13 @@ bool TarnwickClientWindow::isBusy(TaskKind /*kind*/) const
 
 void TarnwickClientWindow::requestLinkCode() {}
 
-void TarnwickClientWindow::openPairingPage() {}
+void TarnwickClientWindow::openPairingPage() const {}
 
 void TarnwickClientWindow::refreshProjects() {}
 
 void TarnwickClientWindow::unlink() {}
 
-void TarnwickClientWindow::openSelectedProject() {}
+void TarnwickClientWindow::openSelectedProject() const {}
 
 void TarnwickClientWindow::createInstance() {}
 

@@ -1,14 +1,13 @@
 """Processes that the tests start, and that never outlive them."""
 
 import atexit
+import contextlib
 import os
+import pathlib
 import signal
 import subprocess
 
 from harness.waiting import wait_until
-
-# Whatever happens to the test, the program ends with it.
-_WITH_PARENT = ("setpriv", "--pdeathsig", "KILL")
 
 _running = []
 
@@ -16,19 +15,25 @@ _running = []
 class ChildProcess:
     """A program with its output in a file. It leads a process group, so that its own helpers end with it."""
 
-    def __init__(self, arguments, output, environment=None, folder=None, pass_fds=()):
+    def __init__(self, arguments, output, environment=None, folder=None):
         self.name = os.path.basename(arguments[0])
-        self.output = output
+        self._output = pathlib.Path(output)
         with open(output, "wb") as sink:
+            # Whatever happens to the test, the program ends with it.
             self._process = subprocess.Popen(
-                [*_WITH_PARENT, *arguments], stdin=subprocess.DEVNULL, stdout=sink, stderr=subprocess.STDOUT,
-                env=environment, cwd=folder, pass_fds=pass_fds, process_group=0)
+                ["setpriv", "--pdeathsig", "KILL", *arguments],
+                stdin=subprocess.DEVNULL,
+                stdout=sink,
+                stderr=subprocess.STDOUT,
+                env=environment,
+                cwd=folder,
+                process_group=0,
+            )
         self.pid = self._process.pid
         _running.append(self)
 
     def text(self):
-        with open(self.output, encoding="utf-8", errors="replace") as source:
-            return source.read()
+        return self._output.read_text(encoding="utf-8", errors="replace")
 
     def exit_code(self):
         """None while the program runs."""
@@ -36,13 +41,15 @@ class ChildProcess:
 
     def wait_for_line(self, prefix, limit=15.0):
         """The rest of the first whole line of its output that starts with the prefix."""
+
         def rest():
             for line in self.text().splitlines(keepends=True):
                 if line.startswith(prefix) and line.endswith("\n"):
-                    return line[len(prefix):].strip()
+                    return line[len(prefix) :].strip()
             if self.exit_code() is not None:
                 raise RuntimeError(f"{self.name} ended with {self.exit_code()}: {self.text()}")
             return None
+
         return wait_until(rest, f"a line '{prefix}' from {self.name}", limit)
 
     def wait_for_end(self, limit=15.0):
@@ -64,27 +71,10 @@ class ChildProcess:
         self._forget()
 
     def _forget(self):
-        try:
+        with contextlib.suppress(ProcessLookupError, PermissionError):
             os.killpg(self.pid, signal.SIGKILL)  # helpers that it left behind
-        except (ProcessLookupError, PermissionError):
-            pass
         if self in _running:
             _running.remove(self)
-
-
-def processes_that_know(text):
-    """The numbers of all processes, whoever started them, whose command line or environment contains the text."""
-    numbers = [name for name in os.listdir("/proc") if name.isdigit() and int(name) != os.getpid()]
-    return [int(number) for number in numbers
-            if any(text.encode() in _read_of(number, about) for about in ("cmdline", "environ"))]
-
-
-def _read_of(number, about):
-    try:
-        with open(f"/proc/{number}/{about}", "rb") as source:
-            return source.read()
-    except OSError:  # it ended, or is somebody else's
-        return b""
 
 
 def end_all():

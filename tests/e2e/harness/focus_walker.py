@@ -1,8 +1,6 @@
 """Walks through a window with the keyboard and keeps track of where the focus goes."""
 
-from harness.accessibility import Atspi, unless_gone
-from harness.client_window import takes_focus
-from harness.control import Control
+from harness.control import Atspi, Control, unless_gone
 from harness.waiting import wait_until
 
 # More stops than any page of the window has; a walk that is longer goes in circles.
@@ -10,9 +8,9 @@ _MOST_STOPS = 30
 
 
 class FocusWalker:
-    def __init__(self, window, keyboard):
+    def __init__(self, window, desktop):
         self._window = window
-        self._keyboard = keyboard
+        self._desktop = desktop
         self._latest = None
         self._listener = Atspi.EventListener.new(self._take_note)
         self._listener.register("object:state-changed:focused")
@@ -28,17 +26,18 @@ class FocusWalker:
     def move(self, key="Tab"):
         """Presses the key, waits until the focus is somewhere else and tells where."""
         before = self.here()
-        self._keyboard.press(key)
+        self._desktop.press(key)
         return wait_until(lambda: self._elsewhere(before), f"the focus to leave {before} after {key}")
 
     def round_trip(self, key="Tab"):
-        """All stops, from here until the focus is back."""
+        """The titles of all stops, from here until the focus is back."""
         start = self.here()
-        stops = [self.control()]
+        stops = [start]
         while len(stops) < _MOST_STOPS:
-            if self.move(key) == start:
-                return stops
-            stops.append(self.control())
+            stop = self.move(key)
+            if stop == start:
+                return [title for _role, title in stops]
+            stops.append(stop)
         raise AssertionError(f"{key} does not lead back to {start}: {stops}")
 
     def go_to(self, title, key="Tab"):
@@ -51,7 +50,7 @@ class FocusWalker:
 
     def switch_page(self, key, title):
         """Presses an arrow key on the tabs, and waits until the page of that title is the current one."""
-        self._keyboard.press(key)
+        self._desktop.press(key)
         wait_until(lambda: self._place() == ("page tab list", title), f"the page '{title}' after {key}")
 
     def _place(self):
@@ -70,7 +69,7 @@ class FocusWalker:
     def _announced(self):
         """The last control that said it had got the focus, if it still has it."""
         latest = self._latest
-        return latest if latest is not None and unless_gone(lambda: takes_focus(latest), False) else None
+        return latest if latest is not None and unless_gone(latest.focused, False) else None
 
     def _take_note(self, event):
         if event.detail1:

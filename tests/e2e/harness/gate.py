@@ -1,6 +1,7 @@
 """A gate between the client and the service, for looking at the window while a request is under way."""
 
 import collections
+import contextlib
 import http.client
 import http.server
 import json
@@ -10,8 +11,6 @@ import urllib.parse
 
 # A request that waits longer than this was forgotten by its test.
 _LIMIT = 60
-
-_PASSED_ON = ("Authorization", "Content-Type")
 
 
 class Gate:
@@ -26,8 +25,7 @@ class Gate:
         self._server.service = urllib.parse.urlsplit(service).netloc
         self._server.verdicts = collections.defaultdict(queue.SimpleQueue)
         self._server.closed = False
-        self._thread = threading.Thread(target=self._server.serve_forever, kwargs={"poll_interval": 0.05}, daemon=True)
-        self._thread.start()
+        threading.Thread(target=self._server.serve_forever, kwargs={"poll_interval": 0.05}, daemon=True).start()
         self.address = f"http://127.0.0.1:{self._server.server_port}"
 
     def let_through(self, path):
@@ -56,40 +54,28 @@ class Gate:
 
 class _Handler(http.server.BaseHTTPRequestHandler):
     def do_GET(self):
-        self._wait_and_reply()
+        body = self.rfile.read(int(self.headers.get("Content-Length", 0)))
+        verdicts = self.server.verdicts[urllib.parse.urlsplit(self.path).path]
+        # Whoever closes the gate sees the verdicts of this path, or this request sees that it is closed.
+        if self.server.closed:
+            return
+        with contextlib.suppress(queue.Empty):
+            if reply := verdicts.get(timeout=_LIMIT)(self, body):
+                status, kind, content = reply
+                self.send_response(status)
+                self.send_header("Content-Type", kind)
+                self.end_headers()
+                self.wfile.write(content)
 
-    def do_POST(self):
-        self._wait_and_reply()
+    do_POST = do_GET
 
     def log_message(self, format, *arguments):
         pass
 
     def ask(self, body):
         """Status, type and content of the service's answer."""
-        service = http.client.HTTPConnection(self.server.service, timeout=_LIMIT)
-        try:
-            headers = {name: self.headers[name] for name in _PASSED_ON if name in self.headers}
-            service.request(self.command, self.path, body or None, headers)
+        with contextlib.closing(http.client.HTTPConnection(self.server.service, timeout=_LIMIT)) as service:
+            passed_on = {name: self.headers[name] for name in ("Authorization", "Content-Type") if name in self.headers}
+            service.request(self.command, self.path, body or None, passed_on)
             answer = service.getresponse()
             return answer.status, answer.headers["Content-Type"], answer.read()
-        finally:
-            service.close()
-
-    def _wait_and_reply(self):
-        body = self.rfile.read(int(self.headers.get("Content-Length", 0)))
-        verdicts = self.server.verdicts[urllib.parse.urlsplit(self.path).path]
-        # Whoever closes the gate sees the verdicts of this path, or this request sees that it is closed.
-        if self.server.closed:
-            return
-        try:
-            verdict = verdicts.get(timeout=_LIMIT)
-        except queue.Empty:
-            return
-        reply = verdict(self, body)
-        if reply is None:
-            return
-        status, kind, content = reply
-        self.send_response(status)
-        self.send_header("Content-Type", kind)
-        self.end_headers()
-        self.wfile.write(content)

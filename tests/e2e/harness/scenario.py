@@ -6,21 +6,21 @@ import sys
 import types
 import unittest
 
-from harness.child_process import processes_that_know
-from harness.client_process import ClientProcess
-from harness.keyboard import Keyboard
+from harness.client_process import REPOSITORY, ClientProcess
+from harness.ordinary_user import become_ordinary
 from harness.page_visitor import PageVisitor
 from harness.service_process import ServiceProcess
 from harness.virtual_desktop import VirtualDesktop
-from harness.waiting import leaving_an_account, wait_until
+from harness.waiting import leaving_an_account
 from harness.web_browser import WebBrowser
 
 DEVICE = "e2e-desktop"
+CLIENT = os.environ.get("TARNWICK_CLIENT") or sys.exit("TARNWICK_CLIENT must name the program to test.")
+
+become_ordinary([CLIENT, os.path.join(REPOSITORY, "tarnwick", "__main__.py")], os.environ.get("TARNWICK_E2E_RESULTS"))
 
 
 class Scenario(unittest.TestCase):
-    """The programs come from the environment: TARNWICK_CLIENT and TARNWICK_SERVICE."""
-
     width, height = 1280, 1000
     needs_browser = False
     failures = None  # the folder for pictures of failures, if it is not the usual one
@@ -33,9 +33,7 @@ class Scenario(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.desktop = VirtualDesktop(cls.width, cls.height, failures=cls.failures)
-        cls.addClassCleanup(_expect_nothing_left, cls.desktop.folder)
         cls.addClassCleanup(cls.desktop.close)
-        cls.keyboard = Keyboard(cls.desktop)
         if cls.needs_browser:
             with leaving_an_account():
                 cls.browser = WebBrowser(cls.desktop)
@@ -49,17 +47,15 @@ class Scenario(unittest.TestCase):
         """A new service without anything in it but its examples, and a client that has never run."""
         folder = self.desktop.path(name)
         os.mkdir(folder)
-        self.service = ServiceProcess(_program("TARNWICK_SERVICE"), folder, os.path.join(folder, "service.log"))
+        self.service = ServiceProcess(folder, os.path.join(folder, "service.log"))
         self.addCleanup(self.service.stop)
-        self.client = ClientProcess(_program("TARNWICK_CLIENT"), self.desktop, os.path.join(folder, "home"))
+        self.client = ClientProcess(CLIENT, self.desktop, os.path.join(folder, "home"))
         self.addCleanup(self._end_client, self.client)
 
     def start_unlinked(self):
         """The window of a client that knows the service and is not linked yet."""
         self.client.write_state(origin=self.service.address, device_id=DEVICE)
-        window = self.client.start()
-        window.wait_for_status("Ready to link your Tarnwick account.")
-        return window
+        return self.start_again("Ready to link your Tarnwick account.")
 
     def start_linked(self):
         """The window of a client that was linked at an earlier time, with its projects listed."""
@@ -78,7 +74,7 @@ class Scenario(unittest.TestCase):
 
     def _close(self, client):
         self.assertIsNone(client.exit_code(), "The client ended by itself.")
-        self.keyboard.press("alt+F4")
+        self.desktop.press("alt+F4")
         code = client.wait_for_end()
         self.assertEqual((code, client.printed()), (0, ""))
 
@@ -86,17 +82,12 @@ class Scenario(unittest.TestCase):
         """No client outlives its test, and none that a test leaves open may end otherwise than by its user."""
         try:
             with leaving_an_account():
-                self._expect_good_end(client)
+                if client.left_open() and self._failed:
+                    self.assertEqual((client.exit_code(), client.printed()), (None, ""))
+                elif client.left_open():
+                    self._close(client)
         finally:
             client.kill()
-
-    def _expect_good_end(self, client):
-        if not client.left_open():
-            return
-        if self._failed:
-            self.assertEqual((client.exit_code(), client.printed()), (None, ""))
-        else:
-            self._close(client)
 
 
 def _watched(method):
@@ -106,16 +97,5 @@ def _watched(method):
         with leaving_an_account():
             method()
         scenario._failed = False
+
     return watched
-
-
-def _expect_nothing_left(folder):
-    """Each process that was started on a desktop knows the desktop's folder by its environment."""
-    wait_until(lambda: not processes_that_know(folder), f"the end of everything that was started on {folder}", limit=10)
-
-
-def _program(variable):
-    path = os.environ.get(variable)
-    if not path:
-        sys.exit(f"{variable} must name the program to test.")
-    return path

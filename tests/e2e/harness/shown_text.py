@@ -2,9 +2,10 @@
 
 import typing
 
-from harness.text_width import text_width
+from harness.screen import lines_of_text, part, text_width
+from harness.virtual_desktop import BOLD_FONT, TEXT_FONT
 
-# What stands beside the text in a control of each role, in the units of the layout: left, above, right, below.
+# What there is beside the text in a control of each role, in the units of the layout: left, above, right, below.
 _BESIDE = {
     "label": (0, 0, 0, 0),
     "table cell": (0, 0, 0, 0),
@@ -41,28 +42,30 @@ class ShownText(typing.NamedTuple):
     text: str
     box: tuple
 
-    def fault(self, screenshot, scale):
+    def fault(self, picture, scale):
         """What is wrong with the text as it is drawn; None when all of it is there and keeps off the box's edges."""
         box = tuple(round(value * scale) for value in self.box)
-        lines = screenshot.lines_of_text(box)
+        lines = lines_of_text(part(picture, box))
         if not lines:
             return "nothing is drawn"
-        if lines[0].top == 0 or lines[-1].bottom >= box[3] or max(line.right for line in lines) >= box[2]:
+        lefts, tops, rights, bottoms = zip(*lines)
+        if tops[0] == 0 or bottoms[-1] >= box[3] or max(rights) >= box[2]:
             return f"cut off by its box of {box[2]} × {box[3]}: {lines}"
         # A picture among the letters is not as wide as a letter.
         if not self.text.isascii():
             return None
         # A line break takes the place of a space.
         space = self._width("| |", scale) - self._width("||", scale)
-        drawn = sum(line.right - line.left for line in lines) + (len(lines) - 1) * space
+        drawn = sum(rights) - sum(lefts) + (len(lines) - 1) * space
         needed = self._width(self.text, scale)
         if abs(drawn - needed) > len(lines) * _ROUNDING * scale:
             return f"{drawn:.0f} pixels are drawn where {needed:.0f} are needed: {lines}"
         return None
 
-    def _width(self, letters, scale):
+    def _width(self, text, scale):
         size = _LARGE.get(self.text, _USUAL)
-        return text_width(letters, size * scale, bold=size != _USUAL or self.role in _BOLD)
+        bold = size != _USUAL or self.role in _BOLD
+        return text_width(text, BOLD_FONT if bold else TEXT_FONT, size * scale)
 
 
 def shown_controls(window):

@@ -2,15 +2,44 @@
 
 import atexit
 import os
-import select
+import pathlib
+import re
 import shutil
+import subprocess
 import tempfile
 
 from harness import waiting
 from harness.child_process import ChildProcess, end_all
-from harness.fonts import write_font_configuration
-from harness.opened_addresses import OpenedAddresses
-from harness.screen import Screenshot
+from harness.screen import screenshot
+
+# The fonts are the same on every machine, whatever else it has installed, and so is the way in which they are drawn.
+TEXT_FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"
+BOLD_FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf"
+_EMOJI_FONT = "/usr/share/fonts/truetype/noto/NotoColorEmoji.ttf"
+_FONTS = f"""<?xml version="1.0"?>
+<!DOCTYPE fontconfig SYSTEM "urn:fontconfig:fonts.dtd">
+<fontconfig>
+  <dir>/usr/share/fonts/truetype/dejavu</dir>
+  <dir>/usr/share/fonts/truetype/noto</dir>
+  <cachedir>{{cache}}</cachedir>
+  <selectfont>
+    <rejectfont><glob>*</glob></rejectfont>
+    <acceptfont><glob>{TEXT_FONT}</glob><glob>{BOLD_FONT}</glob><glob>{_EMOJI_FONT}</glob></acceptfont>
+  </selectfont>
+  <match target="pattern">
+    <edit name="family" mode="append" binding="strong">
+      <string>DejaVu Sans</string><string>Noto Color Emoji</string>
+    </edit>
+  </match>
+  <match target="font">
+    <edit name="antialias" mode="assign"><bool>true</bool></edit>
+    <edit name="hinting" mode="assign"><bool>true</bool></edit>
+    <edit name="hintstyle" mode="assign"><const>hintslight</const></edit>
+    <edit name="rgba" mode="assign"><const>none</const></edit>
+    <edit name="lcdfilter" mode="assign"><const>lcdnone</const></edit>
+  </match>
+</fontconfig>
+"""
 
 _WINDOW_MANAGER = """<?xml version="1.0" encoding="UTF-8"?>
 <openbox_config xmlns="http://openbox.org/3.4/rc">
@@ -20,7 +49,6 @@ _WINDOW_MANAGER = """<?xml version="1.0" encoding="UTF-8"?>
     <application class="Tarnwick" type="normal">
       <decor>no</decor>
       <position force="yes"><x>0</x><y>0</y></position>
-      {maximized}
     </application>
   </applications>
 </openbox_config>
@@ -30,55 +58,24 @@ _WINDOW_MANAGER = """<?xml version="1.0" encoding="UTF-8"?>
 _START_LIMIT = 30
 
 
-class VirtualDesktop:
-    """One per process, since the accessibility library connects to one desktop only.
+class VirtualScreen:
+    """A screen with nothing on it. `file` holds its pixels at any moment."""
 
-    `fill` makes the client's window as large as the screen instead of the size it asks for.
-    """
-
-    def __init__(self, width=1280, height=1000, fill=False, failures=None):
+    def __init__(self, width=1280, height=1000):
         self.width = width
         self.height = height
-        self.folder = tempfile.mkdtemp(prefix="tarnwick-e2e-")
-        self._failures = failures or os.environ.get("TARNWICK_E2E_FAILURES")
-        self._failure_pictures = 0
+        self.folder = tempfile.mkdtemp(prefix="tarnwick-screen-")
         atexit.register(self.close)
-        try:
-            self.opened = OpenedAddresses(self.folder)
-            self.environment = self._base_environment()
-            self._start_screen()
-            self._start_session_bus()
-            self._start_window_manager(fill)
-            self._move_in()
-        except BaseException:
-            self.close()
-            raise
-        waiting.failure_reporters.append(self._report)
+        self.file = self.path("Xvfb_screen0")
+        self.environment = self._base_environment()
+        self._start()
 
     def path(self, name):
-        """A place in the desktop's own folder, which is removed at its end."""
+        """A place in the screen's own folder, which is removed at its end."""
         return os.path.join(self.folder, name)
 
-    @property
-    def screen_file(self):
-        """Holds the screen's pixels at any moment."""
-        return self.path("screen/Xvfb_screen0")
-
-    def failure_picture(self, save):
-        """Has a picture of a failure saved, by a function that takes its path. Returns the path."""
-        if not self._failures:
-            return "no picture, since TARNWICK_E2E_FAILURES names no folder"
-        os.makedirs(self._failures, exist_ok=True)
-        self._failure_pictures += 1
-        path = os.path.join(self._failures, f"{os.getpid()}-{self._failure_pictures}.png")
-        save(path)
-        return path
-
     def close(self):
-        """Ends everything that was started on the desktop."""
-        end_all()
-        if self._report in waiting.failure_reporters:
-            waiting.failure_reporters.remove(self._report)
+        self._server.end()
         shutil.rmtree(self.folder, ignore_errors=True)
 
     def __enter__(self):
@@ -89,57 +86,149 @@ class VirtualDesktop:
 
     def _base_environment(self):
         """Nothing of the person who runs the tests but the search path: themes and settings would show."""
-        runtime = self.path("runtime")
-        os.mkdir(runtime, 0o700)
+        os.mkdir(self.path("runtime"), 0o700)
+        for font in (TEXT_FONT, BOLD_FONT, _EMOJI_FONT):
+            if not os.path.exists(font):
+                raise FileNotFoundError(f"Install fonts-dejavu-core and fonts-noto-color-emoji: there is no {font}")
+        fonts = pathlib.Path(self.path("fonts.conf"))
+        fonts.write_text(_FONTS.format(cache=self.path("font-cache")), encoding="utf-8")
         return {
-            "PATH": self.opened.folder + os.pathsep + os.environ.get("PATH", os.defpath),
+            "PATH": os.environ.get("PATH", os.defpath),
             "LANG": "C.UTF-8",
             "HOME": self.folder,
             "TMPDIR": self.folder,
-            "XDG_RUNTIME_DIR": runtime,
-            "FONTCONFIG_FILE": write_font_configuration(self.folder),
+            "XDG_RUNTIME_DIR": self.path("runtime"),
+            "FONTCONFIG_FILE": str(fonts),
+            # Without a bus named, libraries would look for the person's.
+            "DBUS_SESSION_BUS_ADDRESS": "disabled:",
         }
 
-    def _start_screen(self):
-        # The X server picks the number itself and tells it, so that two desktops never want the same one.
-        os.mkdir(self.path("screen"))
-        read_end, write_end = os.pipe()
-        with os.fdopen(read_end) as number:
-            try:
-                ChildProcess(["Xvfb", "-displayfd", str(write_end), "-screen", "0", f"{self.width}x{self.height}x24",
-                              "-dpi", "96", "-nocursor", "-fbdir", self.path("screen"), "-nolisten", "tcp", "-noreset"],
-                             self.path("screen.log"), environment=self.environment, pass_fds=(write_end,))
-            finally:
-                os.close(write_end)
-            told, _, _ = select.select([number], [], [], _START_LIMIT)
-            display = number.readline().strip() if told else ""
-        if not display:
-            with open(self.path("screen.log"), encoding="utf-8") as log:
-                raise RuntimeError("The virtual screen did not start: " + log.read())
-        self.environment["DISPLAY"] = ":" + display
+    def _start(self):
+        # The X server picks the number itself and tells it, so that two screens never want the same one.
+        command = f"Xvfb -displayfd 1 -screen 0 {self.width}x{self.height}x24 -dpi 96 -nocursor -nolisten tcp -noreset"
+        command = [*command.split(), "-fbdir", self.folder]
+        self._server = ChildProcess(command, self.path("screen.log"), self.environment)
+        told = waiting.wait_until(
+            lambda: re.search("^[0-9]+\n", self._server.text(), re.MULTILINE), "the virtual screen", _START_LIMIT
+        )
+        self.environment["DISPLAY"] = ":" + told[0].strip()
+
+
+class VirtualDesktop(VirtualScreen):
+    """One per process, since the accessibility library connects to one desktop only.
+
+    `failures` is the folder for pictures of failures.
+    """
+
+    def __init__(self, width=1280, height=1000, failures=None):
+        super().__init__(width, height)
+        self._failures = failures or os.environ.get("TARNWICK_E2E_RESULTS")
+        self._failure_pictures = 0
+        try:
+            self.opened = OpenedAddresses(self)
+            self._start_session_bus()
+            self._start_window_manager()
+        except BaseException:
+            self.close()
+            raise
+        # The libraries of this process, the accessibility library above all, have to find the desktop.
+        os.environ.update(
+            {key: self.environment[key] for key in ("DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR")}
+        )
+        os.environ.pop("AT_SPI_BUS_ADDRESS", None)
+        waiting.failure_reporters.append(self._report)
+
+    def press(self, *keys):
+        """Presses keys one after the other, in the active window; 'shift+Tab' is a chord."""
+        self._xdotool("key", *keys)
+
+    def type(self, text):
+        self._xdotool("type", "--delay", "4", "--", text)
+
+    def click(self, left, top):
+        self._xdotool("mousemove", "--sync", left, top, "click", 1)
+
+    def resize_window(self, width, height):
+        """Gives the client's window another size, in screen pixels, as its user does by its edges."""
+        window = "search", "--onlyvisible", "--name", "^Tarnwick Client$"
+        self._xdotool(*window, "windowsize", width, height)
+        waiting.wait_until(
+            lambda: f"Geometry: {width}x{height}" in self._xdotool(*window, "getwindowgeometry"),
+            f"a window of {width} × {height}",
+        )
+
+    def wait_until_drawn(self):
+        """Once the screen has answered, it has drawn what it had been told before."""
+        self._xdotool("getmouselocation")
+
+    def failure_picture(self, save):
+        """Has a picture of a failure saved, by a function that takes its path. Returns the path."""
+        if not self._failures:
+            return "no picture, since TARNWICK_E2E_RESULTS names no folder"
+        self._failure_pictures += 1
+        path = os.path.join(self._failures, f"{os.getpid()}-{self._failure_pictures}.png")
+        save(path)
+        return path
+
+    def close(self):
+        """Ends everything that was started on the desktop."""
+        end_all()
+        if self._report in waiting.failure_reporters:
+            waiting.failure_reporters.remove(self._report)
+        super().close()
+
+    def _xdotool(self, *words):
+        command = ["xdotool", *map(str, words)]
+        done = subprocess.run(command, env=self.environment, check=True, timeout=30, capture_output=True, text=True)
+        return done.stdout
 
     def _start_session_bus(self):
         # Not the bus of whoever runs the tests: this one starts the accessibility bus, on demand, for this screen.
         address = "unix:path=" + self.path("session-bus")
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = address
-        ChildProcess(["dbus-daemon", "--session", "--nofork", "--nosyslog", "--nopidfile", "--address=" + address],
-                     self.path("session-bus.log"), environment=self.environment)
+        ChildProcess(
+            ["dbus-daemon", "--session", "--nofork", "--nosyslog", "--nopidfile", "--address=" + address],
+            self.path("session-bus.log"),
+            environment=self.environment,
+        )
         waiting.wait_until(lambda: os.path.exists(self.path("session-bus")), "the session bus")
 
-    def _move_in(self):
-        """Lets the libraries of this process, the accessibility library above all, find the desktop."""
-        for key in ("DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR"):
-            os.environ[key] = self.environment[key]
-        os.environ.pop("AT_SPI_BUS_ADDRESS", None)
-
-    def _start_window_manager(self, fill):
-        configuration = self.path("window-manager.xml")
-        with open(configuration, "w", encoding="utf-8") as target:
-            target.write(_WINDOW_MANAGER.format(maximized="<maximized>yes</maximized>" if fill else ""))
+    def _start_window_manager(self):
+        configuration = pathlib.Path(self.path("window-manager.xml"))
+        configuration.write_text(_WINDOW_MANAGER)
         ready = self.path("window-manager-ready")
-        ChildProcess(["openbox", "--sm-disable", "--config-file", configuration, "--startup", f"touch {ready}"],
-                     self.path("window-manager.log"), environment=self.environment)
+        ChildProcess(
+            ["openbox", "--sm-disable", "--config-file", str(configuration), "--startup", f"touch {ready}"],
+            self.path("window-manager.log"),
+            environment=self.environment,
+        )
         waiting.wait_until(lambda: os.path.exists(ready), "the window manager")
 
     def _report(self):
-        return f"The screen at that moment: {self.failure_picture(lambda path: Screenshot(self).save(path))}"
+        return f"The screen at that moment: {self.failure_picture(screenshot(self).save)}"
+
+
+class OpenedAddresses:
+    """The web addresses that programs hand to the desktop: its xdg-open, in a folder of the search path, writes each
+    of them down."""
+
+    def __init__(self, desktop):
+        self.folder = desktop.path("opener")
+        self._record = pathlib.Path(desktop.path("opened-addresses"))
+        self._record.touch()
+        self._taken = 0
+        os.mkdir(self.folder)
+        # It also has to work where nothing but a shell is installed.
+        opener = pathlib.Path(self.folder, "xdg-open")
+        opener.write_text(f"#!/bin/sh\nprintf '%s\\n' \"$1\" >>'{self._record}'\n", encoding="utf-8")
+        opener.chmod(0o755)
+        desktop.environment["PATH"] = self.folder + os.pathsep + desktop.environment["PATH"]
+
+    def next(self):
+        """Waits for an address that was not taken yet and takes it."""
+        waiting.wait_until(lambda: len(self._all()) > self._taken, "an address handed to the browser")
+        self._taken += 1
+        return self._all()[self._taken - 1]
+
+    def _all(self):
+        return [line[:-1] for line in self._record.read_text("utf-8").splitlines(keepends=True) if line.endswith("\n")]

@@ -7,7 +7,7 @@ import unittest
 from gi.repository import GLib
 
 # How often a condition is looked at. More often, the answers to the questions asked would keep everyone busy.
-HEARTBEAT_MS = 5
+_INTERVAL_MS = 5
 
 # Who can tell what things looked like when something failed. Each is called without arguments and returns a text.
 failure_reporters = []
@@ -29,15 +29,15 @@ def wait_until(condition, what, limit=15.0):
     """
     end = time.monotonic() + limit
     while True:
-        trouble = None
+        trouble = ""
         try:
             value = condition()
             if value:
                 return value
         except (LookupError, GLib.Error) as error:
-            trouble = error
+            trouble = f"The last look failed: {error}\n"
         if time.monotonic() > end:
-            raise WaitedInVain(_in_vain(what, limit, trouble))
+            raise WaitedInVain(f"Waited {limit:g} s in vain for {what}.\n{trouble}{_account()}")
         _let_events_arrive()
 
 
@@ -56,16 +56,9 @@ def leaving_an_account():
 
 def _let_events_arrive():
     over = []
-    GLib.timeout_add(HEARTBEAT_MS, lambda: over.append(True))
+    GLib.timeout_add(_INTERVAL_MS, lambda: over.append(True))
     while not over:
         GLib.MainContext.default().iteration(True)
-
-
-def _in_vain(what, limit, trouble):
-    lines = [f"Waited {limit:g} s in vain for {what}."]
-    if trouble is not None:
-        lines.append(f"The last look failed: {trouble}")
-    return "\n".join([*lines, _account()])
 
 
 def _account():

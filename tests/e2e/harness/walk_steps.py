@@ -2,9 +2,8 @@
 
 import os
 
-from harness.screen import wait_for_stillness
-from harness.waiting import wait_until
-from harness.window_size import resize_window
+from harness.page_visitor import PageVisitor
+from harness.screen import part, wait_for_stillness
 
 FIRST_START = "1-first-start.png"
 CODE_SHOWN = "2-code-shown.png"
@@ -31,10 +30,9 @@ class Walk:
     pixels, than it opens with.
     """
 
-    def __init__(self, desktop, client, visitor, pictures=None, say=lambda step: None, size=None):
+    def __init__(self, desktop, client, pictures=None, say=lambda step: None, size=None):
         self._desktop = desktop
         self._client = client
-        self._visitor = visitor
         self._pictures = pictures
         self._say = say
         self._size = size
@@ -50,21 +48,21 @@ class Walk:
         self._window = self._client.start()
         self._window.wait_for_status("Ready to link your Tarnwick account.")
         if self._size is not None:
-            resize_window(self._desktop, *self._size)
+            self._desktop.resize_window(*self._size)
         # Where the next key press would go; and a text cursor, which blinks, would be no good in a picture.
         self._window.button("Generate Link Code").take_focus()
         self._picture(FIRST_START, "Started: ready to link")
 
     def generate_code(self):
         self._window.press("Generate Link Code")
-        code = wait_until(lambda: self._window.field("Link code").text(), "a link code")
+        code = self._window.link_code()
         self._window.wait_for_status(lambda text: text.startswith("Waiting for approval."))
         self._window.button("Open Public Pairing Page").take_focus()
         self._picture(CODE_SHOWN, f"Link code {code} shown")
 
     def approve(self):
         self._window.press("Open Public Pairing Page")
-        self._visitor.decide(self._desktop.opened.next(), "approve")
+        PageVisitor().decide(self._desktop.opened.next(), "approve")
         self._window.wait_for_status("Loaded 2 Tarnwick project(s).")
         self._picture(LINKED, "Approved on the pairing page: linked, 2 projects listed")
 
@@ -74,13 +72,12 @@ class Walk:
         self._window.press("Create GDPS")
         self._window.open_tab("Your GDPS List")
         self._window.wait_for_status("Loaded 3 Tarnwick project(s).")
-        wait_until(lambda: GDPS["GDPS Name"] in [row[0] for row in self._window.table().rows()],
-                   "the new GDPS in the list")
+        self._window.wait_for_projects("Neon Burst", "Cube Garden", GDPS["GDPS Name"])
         self._window.button("Open Selected Project").take_focus()
         self._picture(CREATED, f"Created {GDPS['GDPS Name']}: 3 projects listed")
 
     def _picture(self, name, step):
         if self._pictures is not None:
             picture = wait_for_stillness(self._desktop, self._window.status)
-            picture.save(os.path.join(self._pictures, name), self._size)
+            part(picture, self._window.frame.extents()).save(os.path.join(self._pictures, name))
         self._say(f"{step} ({name})")

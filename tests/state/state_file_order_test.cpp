@@ -1,0 +1,166 @@
+// Nobody else may read the token, not even for the moment between its writing and the narrowing of the file.
+#include "support/client_test.h"
+
+#if defined(Q_OS_LINUX)
+#include <QFile>
+
+#include <array>
+#include <cstring>
+#include <dlfcn.h>
+#include <filesystem>
+#include <sys/inotify.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+/// How often this process has set a file's rights: by the file's path, behind which another file may lie by then, and
+/// on a handle of the file itself.
+struct RightsCalls
+{
+    int byPath = 0;
+    int byHandle = 0;
+    bool operator==(const RightsCalls&) const = default;
+};
+
+RightsCalls rightsCalls;
+// Those that a file had when they were last set on a handle of it.
+mode_t rightsBefore = 0;
+constexpr RightsCalls rightsOfASave{.byPath = 0, .byHandle = 1};
+
+/// The system's own function of that name.
+template <typename Function>
+Function* rightsFunction(const char* name)
+{
+    return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
+}
+
+/// What happens to a file or to the files in a folder, in the order in which it happens.
+class FileWatch
+{
+public:
+    FileWatch(const QString& path, quint32 events)
+        : handle(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)),
+          isUsable(::inotify_add_watch(handle, QFile::encodeName(path).constData(), events) >= 0)
+    {
+    }
+    ~FileWatch() { ::close(handle); }
+    Q_DISABLE_COPY_MOVE(FileWatch)
+
+    QList<quint32> events() const
+    {
+        QList<quint32> kinds;
+        alignas(inotify_event) std::array<char, 65536> buffer{};
+        const ssize_t size = ::read(handle, buffer.data(), buffer.size());
+        for (ssize_t offset = 0; offset < size;) {
+            inotify_event event = {};
+            std::memcpy(&event, buffer.data() + offset, sizeof event);
+            kinds.append(event.mask);
+            offset += static_cast<ssize_t>(sizeof event + event.len);
+        }
+        return kinds;
+    }
+
+private:
+    int handle;
+
+public:
+    const bool isUsable;
+};
+
+} // namespace
+
+// Under the system's names: all libraries of the process find these before the system's own.
+extern "C" {
+
+int countedChmod(const char* path, mode_t mode) noexcept __asm__("chmod");
+int countedFchmodat(int folder, const char* path, mode_t mode, int flags) noexcept __asm__("fchmodat");
+int countedFchmod(int file, mode_t mode) noexcept __asm__("fchmod");
+
+int countedChmod(const char* path, mode_t mode) noexcept
+{
+    ++rightsCalls.byPath;
+    return rightsFunction<int(const char*, mode_t)>("chmod")(path, mode);
+}
+
+int countedFchmodat(int folder, const char* path, mode_t mode, int flags) noexcept
+{
+    ++rightsCalls.byPath;
+    return rightsFunction<int(int, const char*, mode_t, int)>("fchmodat")(folder, path, mode, flags);
+}
+
+int countedFchmod(int file, mode_t mode) noexcept
+{
+    ++rightsCalls.byHandle;
+    struct stat entry = {};
+    rightsBefore = ::fstat(file, &entry) == 0 ? entry.st_mode & 0777 : 0;
+    return rightsFunction<int(int, mode_t)>("fchmod")(file, mode);
+}
+
+} // extern "C"
+
+class StateFileOrderTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    /// Else the other tests would count none whatever happened.
+    void everySettingOfRightsIsCounted()
+    {
+        const support::TemporaryHome home;
+        home.writeState("{}");
+        rightsCalls = {};
+        QVERIFY(QFile::setPermissions(home.stateFile(), QFile::ReadOwner));
+        QCOMPARE(rightsCalls, (RightsCalls{.byPath = 1, .byHandle = 0}));
+        std::filesystem::permissions(home.stateFile().toStdString(), std::filesystem::perms::owner_all);
+        QCOMPARE(rightsCalls, (RightsCalls{.byPath = 2, .byHandle = 0}));
+        QFile file(home.stateFile());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QVERIFY(file.setPermissions(QFile::ReadOwner));
+        QCOMPARE(rightsCalls, (RightsCalls{.byPath = 2, .byHandle = 1}));
+        QCOMPARE(rightsBefore, 0700);
+    }
+
+    void theRightsAreNarrowedBeforeTheTokenIsWritten()
+    {
+        const support::TemporaryHome home;
+        home.writeState(support::storedState(u"http://127.0.0.1:1"_s, u"token-1"_s));
+        QVERIFY(::chmod(QFile::encodeName(home.stateFile()).constData(), 0666) == 0);
+        const auto window = support::newClientWindow();
+        const FileWatch watch(home.stateFile(), IN_MODIFY | IN_ATTRIB);
+        QVERIFY(watch.isUsable);
+        rightsCalls = {};
+        window->close();
+        QCOMPARE(rightsCalls, rightsOfASave);
+        QCOMPARE(rightsBefore, 0666);
+        // Emptied, narrowed, written.
+        QCOMPARE(watch.events(), QList<quint32>({IN_MODIFY, IN_ATTRIB, IN_MODIFY}));
+    }
+
+    void aNewFileIsNarrowBeforeTheTokenIsWritten()
+    {
+        const support::TemporaryHome home;
+        const auto window = support::newClientWindow();
+        const FileWatch watch(home.stateFolder(), IN_CREATE | IN_MODIFY | IN_ATTRIB);
+        QVERIFY(watch.isUsable);
+        const mode_t former = ::umask(0);
+        rightsCalls = {};
+        window->close();
+        ::umask(former);
+        QCOMPARE(rightsCalls, rightsOfASave);
+        // Opened before it is narrowed, it could be read ever after: it has to be narrow when it is made.
+        QCOMPARE(rightsBefore, 0600);
+        // Made, narrowed, written.
+        QCOMPARE(watch.events(), QList<quint32>({IN_CREATE, IN_ATTRIB, IN_MODIFY}));
+    }
+};
+#else
+/// This system does not tell what happens to a file.
+class StateFileOrderTest : public QObject
+{
+    Q_OBJECT
+};
+#endif
+
+TARNWICK_TEST(StateFileOrderTest)
+#include "state_file_order_test.moc"
