@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QEvent>
 #include <QFile>
+#include <QMainWindow>
 #include <QNetworkAccessManager>
 #include <QTimer>
 

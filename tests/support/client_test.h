@@ -24,7 +24,6 @@ using Qt::StringLiterals::operator""_s;
 using Qt::StringLiterals::operator""_L1;
 using Qt::StringLiterals::operator""_ba;
 
-#ifdef TARNWICK_PUBLIC_HOST
 namespace support {
 
 /// The host that the client under test was built for.
@@ -39,4 +38,3 @@ inline QString defaultBaseUrl()
 }
 
 } // namespace support
-#endif

@@ -2,6 +2,7 @@
 
 #include <QFrame>
 #include <QHeaderView>
+#include <QMainWindow>
 #include <QObject>
 #include <QScrollArea>
 #include <QScrollBar>
