@@ -50,7 +50,7 @@ private Q_SLOTS:
         }
         const qint64 peak = support::peakMemoryBytes();
         if (peak == 0) {
-            QSKIP("Nobody tells how much memory this process has had, or a sanitizer keeps what is freed.");
+            QSKIP("This system does not report the peak memory, or a sanitizer keeps freed memory.");
         }
         QVERIFY2(peak < 400 * http2Mebibyte, qPrintable(u"%1 MiB"_s.arg(peak / http2Mebibyte)));
     }

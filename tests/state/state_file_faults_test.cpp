@@ -72,7 +72,7 @@ bool stateFaultOnAFullDisk()
         }
     }
     if (!probe.open(mode) || probe.write("x") > 0 || !probe.remove()) {
-        qFatal("The disk has room left."); // a mistake in this test, no reason to skip it
+        qFatal("The disk is not full."); // a mistake in this test, no reason to skip it
     }
     return true;
 #else
@@ -158,7 +158,7 @@ private Q_SLOTS:
     {
         const QString report = twoStarts(u"full disk"_s);
         if (report == stateFaultNoRights + u'\n') {
-            QSKIP("Mounting a small disk takes rights that this test does not have.");
+            QSKIP("Mounting a small disk needs rights that this test does not have.");
         }
         QCOMPARE(report, unlinked + unlinked);
         // The mounted disk hid the original file.

@@ -145,7 +145,7 @@ private Q_SLOTS:
         QVERIFY(std::filesystem::remove_all(home) > 0);
         QVERIFY(isAsExpected);
 #else
-        QSKIP("Other systems do not make such a folder.");
+        QSKIP("Other systems do not create such a folder.");
 #endif
     }
 
