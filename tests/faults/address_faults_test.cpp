@@ -91,7 +91,7 @@ private Q_SLOTS:
         QTest::newRow("Https") << u"Https"_s;
     }
 
-    /// It gets another one in front, and becomes the host. Where it meant to go is a service that would answer.
+    /// "https://" is put in front of it, so the scheme becomes the host. A service would answer at the real address.
     void anUpperCaseSchemeIsNone()
     {
         QFETCH(QString, scheme);
