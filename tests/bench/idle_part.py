@@ -46,8 +46,8 @@ def measure(bench):
             wake_ups = processes.wake_ups_between(threads_then, threads_now)
             table.rows.append([name, str(wake_ups), f"{used_now - used_then:.2f}"])
     table.remark = (
-        f"Counted from {_SETTLING:.0f} s after the start, when the toolkit has ended its helper thread. A window with the "
-        "keyboard focus has a text cursor in its first field, which the toolkit blinks."
+        f"Counted from {_SETTLING:.0f} s after the start, when the toolkit has ended its helper thread. A window with "
+        "the keyboard focus has a text cursor in its first field, which the toolkit blinks."
     )
     return [table]
 

@@ -107,7 +107,7 @@ def _table(measured, repeats):
         )
     table.remark = (
         f"Medians of {repeats} starts each, in turns, with a profile that has been started once before. The browser "
-        "and the client show the same account; the browser's window may be visible before its page. The other two start "
-        "without a network; the program that removes it counts as theirs."
+        "and the client show the same account; the browser's window may be visible before its page. The other two "
+        "start without a network; the program that removes it counts as theirs."
     )
     return table
