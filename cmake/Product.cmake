@@ -3,5 +3,5 @@ include_guard(GLOBAL)
 
 set(TARNWICK_VERSION 1.0.0)
 
-# The oldest version that Qt 6.5 supports. Used on macOS only.
+# The oldest macOS that Qt 6.5 supports.
 set(CMAKE_OSX_DEPLOYMENT_TARGET 11.0 CACHE STRING "Oldest macOS that the client runs on")

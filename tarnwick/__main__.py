@@ -42,9 +42,9 @@ def main():
 def read_options():
     parser = argparse.ArgumentParser(
         prog="python3 -m tarnwick",
-        description="A local stand-in of the Tarnwick hosting service. It answers on 127.0.0.1 only and prints its "
-        "address on the first line. There is one account and no password: whoever can open its pages on this machine "
-        "acts as the account's owner.",
+        description="A local stand-in of the Tarnwick hosting service. It listens on 127.0.0.1 only and prints its "
+        "address on the first line. There is one account and no password: anyone who can open its pages on this "
+        "machine acts as the account's owner.",
     )
     parser.add_argument("--port", type=port, default=0, help="the TCP port; 0, the default, takes any free one")
     parser.add_argument(

@@ -113,6 +113,6 @@ def finish(response):
     if response.mimetype == "text/html" and not kept_form_token():
         response.set_cookie(FORM_COOKIE, g.form_token, httponly=True, samesite="Strict")
     # Quoting keeps every path on one line. Queries contain codes, so they are not logged.
-    with suppress(BrokenPipeError):  # Nobody may be reading.
+    with suppress(BrokenPipeError):  # The reader may have closed the pipe.
         print(quote(request.method), quote(request.path), response.status_code, flush=True)
     return response

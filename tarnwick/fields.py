@@ -15,7 +15,7 @@ TYPED_CODE = re.compile(f"(?:{CODE_PREFIX})?([{CODE_CHARACTERS}]{{6}})")
 COLOUR = re.compile("#(?:[0-9a-fA-F]{3}){1,2}")
 PRESETS = ("balanced", "casual", "hardcore")
 
-# For each text of a project: its name in sentences, its greatest length, its forbidden characters, the rule in words.
+# For each text of a project: its name in messages, its maximum length, its forbidden characters, the rule as text.
 TEXT_RULES = {
     "display_name": ("name", 80, CONTROL, "be one line without control characters"),
     "description": ("description", 4000, CONTROL_BUT_LINES, "not have control characters"),

@@ -59,7 +59,7 @@ def decide_link():
         raise Refusal(422, "No decision", "Choose Approve or Deny on the pairing page.")
     if g.store.settle(code, "pending", decision):
         return see_other("pages.link", code=code)
-    # Another decision was first: say so.
+    # The code is no longer pending: report that.
     outcome = LINK_OUTCOMES[g.store.link_code(code)["state"]]
     return outcome_page(*(ALREADY_DECIDED if outcome[0] == 200 else outcome))
 

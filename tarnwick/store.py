@@ -14,7 +14,7 @@ APPLICATION_ID = 0x54575043
 SCHEMA_VERSION = 2
 
 CODE_PREFIX = "TWPC"
-CODE_CHARACTERS = "ABCDEFGHJKLMNPQRSTUVWXYZ23456789"  # Without 0 and O, 1 and I, which people mix up.
+CODE_CHARACTERS = "ABCDEFGHJKLMNPQRSTUVWXYZ23456789"  # Without 0 and O, 1 and I, which look alike.
 
 # All times are in milliseconds.
 MINUTE = 60 * 1000
@@ -40,7 +40,7 @@ class Store:
         with self.change():
             self.prepare()
         if path != ":memory:":
-            os.chmod(path, 0o600)  # Another program may have made it.
+            os.chmod(path, 0o600)  # Another program may have created it.
 
     def change(self):
         """A transaction, for a `with` statement."""

@@ -5,7 +5,7 @@
 client_packages="g++ cmake ninja-build qt6-base-dev"
 service_packages="python3 python3-flask python3-waitress"
 font_packages="fonts-dejavu-core fonts-noto-color-emoji"
-# What ./run needs to open the addresses that the client hands to the desktop.
+# What ./run needs for opening addresses in a web browser.
 display_packages="xdg-utils qt6-wayland"
 # What a walk through the client on a virtual screen needs.
 walk_packages="$font_packages xvfb openbox dbus-daemon at-spi2-core python3-pyatspi python3-pil xdotool"
@@ -25,10 +25,10 @@ has() { command -v "$1" >/dev/null 2>&1; }
 
 cores() { getconf _NPROCESSORS_ONLN; }
 
-# On macOS no variable tells whether there is a display.
+# On macOS no variable says whether there is a display.
 has_display() { [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ] || [ "$(uname)" = Darwin ]; }
 
-# Prints what begins now, with the minutes and seconds since the command started.
+# Prints the next step, with the minutes and seconds since the command started.
 say() {
     local bold='' plain=''
     if [ -t 1 ]; then bold=$'\033[1m' plain=$'\033[0m'; fi
@@ -127,7 +127,7 @@ is_there() {
     python3-*) python_with "${1#python3-}" >/dev/null ;;
     at-spi2-core) [ -e /usr/share/dbus-1/services/org.a11y.Bus.service ] ;;
     xdg-utils) has xdg-open || [ "$(uname)" = Darwin ] ;;
-    # On other systems these come with another program, or CMake looks for them.
+    # On other systems these are part of another package, or CMake looks for them.
     fonts-* | lib*-dev | qt6-wayland | util-linux) true ;;
     *)
         content=$(content_of "$1")

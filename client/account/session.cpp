@@ -53,7 +53,7 @@ void TarnwickClientWindow::handleSession(const ServiceReply& reply)
     fetchProjects();
 }
 
-/// Signs the desktop out locally, after any failed session check, even a network error.
+/// Unlinks the desktop locally, after any failed session check, even a network error.
 void TarnwickClientWindow::resetAccount()
 {
     state.access_token.clear();
@@ -74,7 +74,7 @@ void TarnwickClientWindow::refreshProjects()
     fetchProjects();
 }
 
-/// Forgets the token and the account's data. The service is not told.
+/// Forgets the token and the account's data. The service is not notified.
 void TarnwickClientWindow::unlink()
 {
     state.access_token.clear();

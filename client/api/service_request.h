@@ -13,7 +13,7 @@ enum class TaskKind : int {
     Session = 2,
     Instances = 3,
     CreateInstance = 4,
-    Count, ///< no kind; stays behind the last one
+    Count, ///< the number of kinds; must stay last
 };
 
 inline constexpr std::size_t taskKindCount = static_cast<std::size_t>(TaskKind::Count);

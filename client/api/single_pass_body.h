@@ -18,7 +18,7 @@ public:
     /// Random access, so that Qt takes Content-Length from size() instead of buffering the body, which it could rewind.
     bool isSequential() const override { return false; }
     qint64 size() const override { return bytes.size(); }
-    /// Both fail unless the position stays as it is.
+    /// Both fail unless the position stays the same.
     bool reset() override { return consumed == 0; }
     bool seek(qint64 position) override { return position == consumed && QIODevice::seek(position); }
 

@@ -9,7 +9,7 @@
 #include <QPalette>
 #include <QTimer>
 
-/// The start-up sequence. What is missing or broken gets its default; nothing stops it early.
+/// The start-up sequence. Missing or invalid values get their defaults; none of them stops it.
 TarnwickClientWindow::TarnwickClientWindow()
 {
     forgetAccountTexts();

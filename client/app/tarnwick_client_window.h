@@ -40,7 +40,7 @@ namespace {
  * The whole client: one window with all state and all operations.
  *
  * Each group of operations below is defined in the folder of the same name. Everything runs on the GUI thread. All
- * feedback, progress and failures alike, is the text of statusLabel.
+ * feedback, including progress and failures, is shown in statusLabel.
  */
 class TarnwickClientWindow : public QMainWindow
 {

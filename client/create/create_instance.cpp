@@ -31,7 +31,7 @@ void TarnwickClientWindow::createInstance()
     }
     const FormFields fields = creationFields(displayName);
 
-    // The text is set even when the next test fails. The token is tested again, right before it is used.
+    // The text is set even when the next check fails. The token is checked again, right before it is used.
     statusLabel->setText(u"Creating your GDPS from the Tarnwick desktop client..."_s);
     if (isBusy(TaskKind::CreateInstance) || !state.isLinked()) {
         return;
@@ -39,7 +39,7 @@ void TarnwickClientWindow::createInstance()
     sendRequest(TaskKind::CreateInstance, serviceUrl(u"/api/pc/instances/create"_s), fields, true);
 }
 
-/// The form's contents in the order of the request, without the boxes that are not checked and a missing core.
+/// The form's contents in the order of the request, without unchecked boxes, and without the core if there is none.
 FormFields TarnwickClientWindow::creationFields(const QString& displayName) const
 {
     FormFields fields = {

@@ -1,4 +1,4 @@
-# Makes the client a bundle, Tarnwick.app. The logo is in its resources, where the program looks for it first.
+# Makes the client a bundle, Tarnwick.app. The program looks for its logo in the bundle's resources first.
 # client/CMakeLists.txt includes this file and sets `logo` to the logo's path.
 set(icon "${CMAKE_CURRENT_LIST_DIR}/../icons/tarnwick.icns")
 target_sources(TarnwickClient PRIVATE "${logo}" "${icon}")

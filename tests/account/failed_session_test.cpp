@@ -6,7 +6,7 @@ using support::Call;
 using support::callPath;
 using support::Reply;
 
-/// Any failed session check signs the desktop out.
+/// Any failed session check unlinks the desktop.
 class FailedSessionTest : public QObject
 {
     Q_OBJECT
@@ -63,7 +63,7 @@ private Q_SLOTS:
             QCOMPARE(run.savedText(u"access_token"_s), u"token-2"_s);
             QCOMPARE(run.view().status(), u"Tarnwick desktop client linked."_s);
         };
-        // Emptying the table drops its selection, the first thing that makes the buttons follow.
+        // Emptying the table clears its selection, which is the first change that updates the buttons.
         const support::EnabledWatch table(run.view().button(u"Refresh"),
                                           [&](bool enabled) { note(enabled ? u"linked"_s : u"table"_s); });
         connect(run.view().combo(u"Core"), &QComboBox::currentTextChanged, this, note);
@@ -136,7 +136,7 @@ private Q_SLOTS:
 private:
     using Run = support::ClientRun;
 
-    /// Has an approved link code bring about another session check, which will fail.
+    /// Approves a link code, which starts another session check. That check will fail.
     static bool checkAgain(Run& run)
     {
         run.server.reply(callPath(Call::Session), Reply::json(401, R"({"message":"Revoked"})"));

@@ -6,7 +6,7 @@ using support::Call;
 using support::callPath;
 using support::Reply;
 
-/// A reply that arrives after "Unlink" is handled like any other: no request is cancelled.
+/// A reply that arrives after "Unlink" is handled like any other: no request is aborted.
 class LateReplyTest : public QObject
 {
     Q_OBJECT
@@ -97,7 +97,7 @@ private Q_SLOTS:
 private:
     using Run = support::ClientRun;
 
-    /// Starts a linked desktop and unlinks it during the call; the answer is the route's at the time of the release.
+    /// Starts a linked desktop and unlinks it during the call. The reply is the one set at the time of the release.
     static bool unlinkDuring(Run& run, Call call)
     {
         const bool isReady =

@@ -7,7 +7,7 @@ using support::Call;
 using support::callPath;
 using support::Reply;
 
-/// How waiting for the approval ends: with a token, or with a failure.
+/// How waiting for the approval ends: with a token or with a failure.
 class LinkOutcomeTest : public QObject
 {
     Q_OBJECT
@@ -62,7 +62,7 @@ private Q_SLOTS:
         QCOMPARE(run.view().line(u"Link code")->text(), u"TWPC-1"_s);
         run.press(u"Open Public Pairing Page");
         QCOMPARE(run.opened.last(), QUrl(u"https://pair.example/1"_s));
-        // Only the stopped timer keeps the code from being polled again.
+        // The code is still set; only the stopped timer prevents further polls.
         run.tick();
         QTRY_COMPARE(run.server.count(callPath(Call::LinkPoll)), 2);
     }
@@ -141,7 +141,7 @@ private Q_SLOTS:
         QTRY_COMPARE(run.view().status(), u"Done"_s);
         QVERIFY(!run.home().stateObject().contains(u"access_token"_s));
         QVERIFY(!run.view().button(u"Unlink")->isEnabled());
-        // The account and the list stay in view: only a failed check and "Unlink" take them away.
+        // The account and the list stay visible: only a failed check and "Unlink" clear them.
         QCOMPARE(run.view().account().constFirst(), u"Signed in as Ann"_s);
         QCOMPARE(run.view().table()->rowCount(), 1);
         QVERIFY(run.markerComesBack());
@@ -176,7 +176,7 @@ private Q_SLOTS:
         run.press(u"Open Public Pairing Page");
         QCOMPARE(run.opened.last(),
                  QUrl(forgotten ? run.server.origin() + u"/link/pc"_s : u"https://pair.example/1"_s));
-        // Only the stopped timer keeps a code from being polled again.
+        // Only the stopped timer prevents further polls for a code that is kept.
         run.server.hold(callPath(Call::LinkPoll));
         run.tick();
         QVERIFY(run.markerComesBack());
@@ -201,7 +201,7 @@ private Q_SLOTS:
         QCOMPARE(steps, (QStringList{u"stopped, "_s + before, u"forgotten, Too late"_s}));
     }
 
-    /// The reply does not say which code is gone, so the one that is shown goes.
+    /// The reply does not say which code is gone, so the one that is shown is cleared.
     void theEndOfAnOlderCodeForgetsTheNewerOne()
     {
         Run run;

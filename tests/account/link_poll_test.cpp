@@ -94,7 +94,7 @@ private Q_SLOTS:
         run.tick();
         QTRY_COMPARE(run.view().status(), waitingText());
         QCOMPARE(run.view().line(u"Link code")->text(), u"TWPC-1"_s);
-        // The timer ran on: starting it again would have stopped it first.
+        // The timer kept running: starting it again would have stopped it first.
         QCOMPARE(timerChanges, 0);
         run.press(u"Open Public Pairing Page");
         QCOMPARE(run.opened.last(), QUrl(u"https://pair.example/1"_s));

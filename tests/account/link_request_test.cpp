@@ -8,7 +8,7 @@ using support::Call;
 using support::callPath;
 using support::Reply;
 
-/// From the press of "Generate Link Code" to the code in the window.
+/// From pressing "Generate Link Code" until the code is in the window.
 class LinkRequestTest : public QObject
 {
     Q_OBJECT
@@ -20,7 +20,7 @@ private Q_SLOTS:
         run.start();
         run.home().writeState("{}");
         run.view().line(u"Tarnwick URL")->setText(u" "_s + run.server.origin() + u"// "_s);
-        // The button is disabled when the request is about to be made.
+        // The button is disabled right before the request is made.
         QByteArray stateThen;
         const support::EnabledWatch watch(run.view().button(u"Generate Link Code"),
                                           [&run, &stateThen](bool) { stateThen = run.home().readState(); });
@@ -165,7 +165,7 @@ private Q_SLOTS:
         QTest::newRow("maintenance") << Reply::json(503, R"({"message":"Maintenance","code":"TWPC-9"})")
                                      << u"Maintenance"_s;
         QTest::newRow("gone") << Reply::json(410, "{}") << u"Tarnwick returned HTTP 410."_s;
-        // Qt has no words for what keeps it from sending a form twice.
+        // Qt has no error text for a body that cannot be read again.
         QTest::newRow("closed without an answer") << Reply::closeWithoutAnswer() << u"Unknown error"_s;
     }
 

@@ -82,7 +82,7 @@ private Q_SLOTS:
         QVERIFY(run.showLinkCode(u"TWPC-1"_s, u"nobody-opens-this:1"_s));
         const QString status = run.view().status();
         QTest::ignoreMessage(QtWarningMsg,
-                             QRegularExpression(u"openUrl.*nobody-opens-this:1"_s)); // the desktop's words
+                             QRegularExpression(u"openUrl.*nobody-opens-this:1"_s)); // printed by QDesktopServices
         run.press(u"Open Public Pairing Page");
         QVERIFY(run.opened.isEmpty());
         QCOMPARE(run.view().status(), status);

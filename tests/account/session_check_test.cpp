@@ -6,7 +6,7 @@ using support::Call;
 using support::callPath;
 using support::Reply;
 
-/// What a successful session check puts into the window.
+/// What a successful session check shows in the window.
 class SessionCheckTest : public QObject
 {
     Q_OBJECT
@@ -73,7 +73,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, cores);
         QFETCH(Choices, choices);
         Run run;
-        // Cores inside the user do not count.
+        // Cores inside "user" are ignored.
         run.server.reply(callPath(Call::Session),
                          Reply::json(200, support::json("{'user':{'available_cores':[{'key':'wrong'}]},") +
                                               support::json("'available_cores':") + cores + '}'));

@@ -7,7 +7,7 @@ using support::Call;
 using support::callPath;
 using support::Reply;
 
-/// What "Unlink" forgets, and what it leaves alone.
+/// What "Unlink" clears, and what it keeps.
 class UnlinkTest : public QObject
 {
     Q_OBJECT
@@ -120,7 +120,7 @@ private Q_SLOTS:
                 note(u"maintenance"_s));
         connect(view.combo(u"Core"), &QComboBox::currentTextChanged, this,
                 [&steps](const QString& text) { steps.append(text); });
-        // Emptying the table drops its selection, the first thing that makes the buttons follow.
+        // Emptying the table clears its selection, which is the first change that updates the buttons.
         const support::EnabledWatch button(view.button(u"Unlink"), [&](bool enabled) {
             steps.append(enabled ? u"linked"_s : u"table"_s);
             QCOMPARE(run.view().account().constFirst(), u"Signed in as Ann"_s);
@@ -156,7 +156,7 @@ private Q_SLOTS:
         QCOMPARE(run.view().line(u"GDPS Name")->text(), QString());
         QVERIFY(!run.pollTimer()->isActive());
         QVERIFY(!run.view().button(u"Unlink")->isEnabled());
-        // Nothing is cancelled, and until its answer no second request of its kind is possible.
+        // Nothing is aborted, and until its reply arrives no second request of this kind is possible.
         QCOMPARE(run.server.heldCount(callPath(call)), 1);
         QVERIFY(support::WindowInside(run.window()).isBusy(int(call)));
     }

@@ -1,5 +1,5 @@
-// How the text of the URL field becomes the base URL. The result shows in three places: the next save, the address
-// of the pairing page, and the requests.
+// How the text of the URL field becomes the base URL. It is visible in three places: the next save, the address of the
+// pairing page, and the requests.
 #include "support/client_test.h"
 
 using support::Reply;

@@ -1,4 +1,4 @@
-// The token alone identifies this desktop. A cookie would do so behind its back, and outlive unlinking.
+// Only the token identifies this desktop. A cookie would identify it too, and even after unlinking.
 #include "support/client_test.h"
 
 #include <QNetworkAccessManager>

@@ -1,4 +1,4 @@
-// How the texts of a form look on the wire.
+// How a form's texts are encoded in the request.
 #include "support/client_test.h"
 
 using support::Call;
@@ -11,7 +11,7 @@ class FormEncodingTest : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        // A failed creation keeps the form and the account, so one window does for all.
+        // A failed creation keeps the form and the account, so one window is enough for all rows.
         run.server.reply(callPath(Call::CreateInstance), Reply::empty(500));
         QVERIFY(run.startSignedIn());
     }
@@ -22,9 +22,9 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("encoded");
         QTest::newRow("letters, digits, unreserved") << u"aZ09-._~"_s << QByteArray("aZ09-._~");
         QTest::newRow("blanks inside") << u"Neon  Burst"_s << QByteArray("Neon%20%20Burst");
-        // On purpose. A service that reads forms takes it for a blank; that is how this client has always done.
+        // Intended: a service that decodes forms reads it as a space, and this client has always sent it so.
         QTest::newRow("plus") << u"a+b"_s << QByteArray("a+b");
-        // On purpose, too: taken for an escape of the letter.
+        // Intended, too: read as an escape of the letter.
         QTest::newRow("percent and two digits") << u"%41"_s << QByteArray("A");
         QTest::newRow("lower-case escape") << u"%c3%a4"_s << QByteArray("%C3%A4");
         QTest::newRow("lone percent") << u"100%"_s << QByteArray("100%25");
@@ -71,7 +71,7 @@ private Q_SLOTS:
 
     void aLargeTextArrivesWhole()
     {
-        // More than any buffer on the way holds at once.
+        // More than any buffer on the way can hold.
         constexpr qsizetype count = 400000;
         run.view().line(u"GDPS Name")->setText(u"x"_s);
         run.view().description()->setPlainText(u"ä"_s.repeated(count));
@@ -82,7 +82,7 @@ private Q_SLOTS:
     }
 
 private:
-    /// Presses the button and gives the body that has come in.
+    /// Presses the button and returns the body that the service received.
     QByteArray bodyOfNextCreation()
     {
         run.server.forgetRequests();

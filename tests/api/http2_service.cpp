@@ -39,7 +39,7 @@ quint32 numberAt(const QByteArray& bytes, qsizetype offset)
     return qFromBigEndian<quint32>(bytes.constData() + offset);
 }
 
-/// The one header of an answer: the name that is the eighth of those known to both sides, and three bytes of value.
+/// The only header of a reply: entry 8 of HPACK's static table (":status") with a literal value of three bytes.
 QByteArray statusHeader(int status)
 {
     return "\x08\x03" + QByteArray::number(status);
@@ -78,7 +78,7 @@ void Http2Service::accept()
     while (QTcpSocket* socket = nextPendingConnection()) {
         connections.insert(socket, {});
         connect(socket, &QTcpSocket::readyRead, this, [this, socket] { readMore(socket); });
-        // Queued, since a socket may report written bytes from within write().
+        // Queued, since a socket may emit the signal from within write().
         connect(
             qobject_cast<QSslSocket*>(socket), &QSslSocket::encryptedBytesWritten, this,
             [this, socket] { sendMore(socket); }, Qt::QueuedConnection);
@@ -99,7 +99,7 @@ void Http2Service::readMore(QTcpSocket* socket)
         connections[socket].received.remove(0, connectionPreface.size());
         connections[socket].hasPreface = true;
     }
-    // A frame may end the connection, which takes it out of the list.
+    // A frame may close the connection, which removes it from the list.
     while (connections.contains(socket) && connections[socket].hasPreface) {
         QByteArray& received = connections[socket].received;
         if (received.size() < frameHeadSize) {

@@ -11,8 +11,8 @@
 
 class QTcpSocket;
 
-/// Just enough of HTTP/2 over TLS to answer every request alike: with any status and a JSON body of any size, or by
-/// going away without an answer. It reads no header, so it cannot tell one path from another.
+/// Just enough of HTTP/2 over TLS to answer every request in the same way: with any status and a JSON body of any size,
+/// or by closing without an answer. It does not read headers, so all paths are the same to it.
 class Http2Service : public QSslServer
 {
     Q_OBJECT
@@ -21,20 +21,20 @@ public:
     enum class Behaviour {
         Answer,       ///< the status and the body
         Close,        ///< ends the connection
-        GoAway,       ///< says that it has looked at no request, and ends the connection
-        RefuseStream, ///< says that this one request has not been looked at
+        GoAway,       ///< reports that no request was processed, and ends the connection
+        RefuseStream, ///< reports that this request was not processed
     };
 
     explicit Http2Service(const support::TlsIdentity& identity);
 
     QString origin() const;
-    /// The text, repeated and cut to the size.
+    /// Repeats the text and cuts it to the size.
     void answerWith(const QByteArray& text, qint64 size, int status = 200);
-    /// The text as it is.
+    /// Sends the text as it is.
     void answerWith(const QByteArray& text) { answerWith(text, text.size()); }
     void behave(Behaviour wanted) { behaviour = wanted; }
     int requestCount() const { return requests; }
-    /// The answers that the client has aborted.
+    /// How many answers the client has aborted.
     int abortedCount() const { return aborted; }
 
 private:

@@ -1,5 +1,5 @@
-// A service may speak HTTP/2. What holds for HTTP/1.1 holds for it: one press is one request, and no reply may take
-// the memory of the machine.
+// A service may use HTTP/2. The rules of HTTP/1.1 also apply there: one press is one request, and no reply may fill the
+// memory.
 #include "support/client_test.h"
 
 #include "api/http2_service.h"
@@ -12,7 +12,7 @@ using support::Call;
 namespace {
 
 constexpr qint64 http2Mebibyte = 1024LL * 1024;
-// A body over the bound is aborted within seconds; a transfer without progress is only after 20.
+// A body that is too large is aborted within seconds; a transfer without progress after 20.
 constexpr int http2PatienceMs = 15000;
 
 } // namespace
@@ -24,7 +24,7 @@ class Http2Test : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        // For all of the tests: Qt's network thread may have something to say about one after its end.
+        // For all tests: Qt's network thread may print something about a test after its end.
         messages = std::make_unique<support::MessageCatcher>();
     }
 
@@ -45,12 +45,12 @@ private Q_SLOTS:
         const QList<support::CaughtMessage> entries = messages->entries();
         messages.reset();
         for (const support::CaughtMessage& entry : entries) {
-            // Qt names every broken stream there.
+            // Qt prints every broken stream in this category.
             QVERIFY2(entry.category == u"qt.network.http2"_s, qPrintable(entry.text));
         }
         const qint64 peak = support::peakMemoryBytes();
         if (peak == 0) {
-            QSKIP("Nobody tells how much memory this process has had, or a sanitizer keeps what is freed.");
+            QSKIP("This system does not report the peak memory, or a sanitizer keeps freed memory.");
         }
         QVERIFY2(peak < 400 * http2Mebibyte, qPrintable(u"%1 MiB"_s.arg(peak / http2Mebibyte)));
     }
@@ -71,7 +71,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("shown");
         QTest::newRow("GET") << Call::Instances << 200 << u"Operation canceled"_s;
         QTest::newRow("POST") << Call::CreateInstance << 200 << u"Operation canceled"_s;
-        // An error status stays that error.
+        // With an error status, the reply fails with that status.
         QTest::newRow("503") << Call::Instances << 503 << u"Tarnwick returned HTTP 503."_s;
     }
 
@@ -129,7 +129,7 @@ private Q_SLOTS:
     }
 
 private:
-    /// Goes up to the point at which the call itself is to come: the first that goes to the service under test.
+    /// Prepares the call, which will be the first request to the service under test.
     bool prepare(Call call)
     {
         if (!run->prepare(call)) {

@@ -1,4 +1,4 @@
-// A service that demands a password gets none, unless the base URL holds one: then Qt hands it over by itself.
+// A service that demands a password gets none, unless the base URL contains one: then Qt sends it by itself.
 #include "support/client_test.h"
 
 #include <memory>
@@ -59,7 +59,7 @@ private Q_SLOTS:
         QTest::newRow("digest") << passwordDigestDemand << QByteArray(R"(Digest username="user")");
     }
 
-    /// Once more and no further, with the password in the place of the token.
+    /// Only one repetition, with the password in place of the token.
     void aDemandIsMetFromTheBaseUrlInAGet()
     {
         QFETCH(QByteArray, demand);
@@ -78,7 +78,7 @@ private Q_SLOTS:
         QTest::newRow("digest") << passwordDigestDemand;
     }
 
-    /// Not even with the password at hand: its body cannot be read a second time, for which Qt has no words.
+    /// Not even if the base URL has the password: the body cannot be read again, and Qt has no error text for this.
     void aPostIsNotSentAgainForADemand()
     {
         QFETCH(QByteArray, demand);
@@ -89,7 +89,7 @@ private Q_SLOTS:
     }
 
 private:
-    /// Makes the call with this ahead of the host in the base URL, and has it answered by the demand.
+    /// Makes the call with this user info in the base URL; the service replies with the demand.
     void play(const QString& userInfo, Call call, const Reply& demand, const QString& shown)
     {
         run->setOrigin(u"http://"_s + userInfo + u"127.0.0.1:%1"_s.arg(run->server.port()));

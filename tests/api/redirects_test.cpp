@@ -90,7 +90,7 @@ private Q_SLOTS:
         run.server.reply("/moved/here", Reply::json(500, R"({"message":"You found it"})"));
         run.server.forgetRequests();
         run.bringAbout(call);
-        // The target's answer counts, as if it had been asked in the first place.
+        // The target's reply is handled like a direct reply to the request.
         QTRY_COMPARE(run.view().status(), u"You found it"_s);
         QCOMPARE(run.server.count(), 2);
         const support::RecordedRequest followed = run.server.requests().constLast();
@@ -109,7 +109,7 @@ private Q_SLOTS:
         QTest::newRow("308") << 308;
     }
 
-    /// Its body cannot be read a second time, for which Qt has no words.
+    /// The body cannot be read again, and Qt has no error text for this.
     void aPostThatWouldHaveToBeSentAgainIsNot()
     {
         QFETCH(int, status);
@@ -147,12 +147,12 @@ private Q_SLOTS:
         for (const int status : {200, 201, 202, 300, 304, 306}) {
             QTest::addRow("%d", status) << status << loaded;
         }
-        // Qt takes it for a redirect all the same, and ends there.
+        // Qt treats this one as a redirect, which fails.
         QTest::newRow("305") << 305 << u"Insecure redirect"_s;
         QTest::newRow("500") << 500 << u"Tarnwick returned HTTP 500."_s;
     }
 
-    /// Other replies may name a location, too.
+    /// Other replies may have a Location header, too.
     void whatIsNoRedirectIsNotFollowed()
     {
         QFETCH(int, status);

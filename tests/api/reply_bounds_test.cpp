@@ -1,4 +1,4 @@
-// A reply that has no end, or next to none, must not take the memory of the machine.
+// An endless or huge reply must not fill the memory.
 #include "support/client_test.h"
 
 #include "support/system_memory.h"
@@ -11,17 +11,17 @@ namespace {
 constexpr qint64 boundsMebibyte = 1024LL * 1024;
 constexpr qint64 boundsEndless = 1024 * boundsMebibyte;
 constexpr qint64 boundsMaxReplyBytes = 64 * boundsMebibyte;
-// A body over the bound is aborted within seconds; a transfer without progress is only after 20.
+// A body that is too large is aborted within seconds; a transfer without progress after 20.
 constexpr int boundsPatienceMs = 15000;
 
-/// A reply in the coding that is a compressed stream with a checksum and no file header around it.
+/// A reply with "Content-Encoding: deflate", which is zlib's format.
 Reply deflatedReply(const QByteArray& body)
 {
-    // Without the four bytes of length that Qt puts in front.
+    // Without the length in the first four bytes, which qCompress() adds.
     return Reply::json(200, qCompress(body, 1).mid(4)).header("Content-Encoding", "deflate");
 }
 
-/// Text that does not shrink by much: hexadecimal digits without a pattern in reach of the compressor.
+/// Text that is hard to compress: hexadecimal digits that do not repeat within the compressor's window.
 QByteArray hardlyCompressible(qint64 size)
 {
     QByteArray text;
@@ -45,7 +45,7 @@ private Q_SLOTS:
     {
         const qint64 peak = support::peakMemoryBytes();
         if (peak == 0) {
-            QSKIP("Nobody tells how much memory this process has had, or a sanitizer keeps what is freed.");
+            QSKIP("This system does not report the peak memory, or a sanitizer keeps freed memory.");
         }
         QVERIFY2(peak < 400 * boundsMebibyte, qPrintable(u"%1 MiB"_s.arg(peak / boundsMebibyte)));
     }
@@ -61,7 +61,7 @@ private Q_SLOTS:
         QTest::newRow("POST") << Call::CreateInstance << endless << aborted;
         QTest::newRow("without a length") << Call::Instances << endless.withoutContentLength() << aborted;
         QTest::newRow("in one chunk") << Call::Instances << endless.chunked() << aborted;
-        // A status that decides by itself does so here, too.
+        // A status that is decisive on its own is decisive here, too.
         QTest::newRow("500") << Call::Instances << Reply::huge(500, boundsEndless) << u"Tarnwick returned HTTP 500."_s;
         QTest::newRow("202") << Call::LinkPoll << Reply::huge(202, boundsEndless)
                              << u"Waiting for approval at " TARNWICK_PUBLIC_HOST "/link/pc."_s;
@@ -77,7 +77,7 @@ private Q_SLOTS:
         run.server.reply(callPath(call), reply);
         run.bringAbout(call);
         QTRY_COMPARE_WITH_TIMEOUT(run.view().status(), shown, boundsPatienceMs);
-        // The connection is closed with it: nobody goes on reading.
+        // The connection is closed as well: the client does not read on.
         QTRY_COMPARE(run.server.openConnectionCount(), 0);
     }
 
@@ -102,7 +102,7 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(run.view().status(), u"Loaded 3 Tarnwick project(s)."_s, boundsPatienceMs);
     }
 
-    /// It has no bound, for it takes no memory: the peak at the end of this program tells.
+    /// It is not limited, because it takes no memory: cleanupTestCase() checks the program's peak.
     void theBodyOfARedirectIsDropped()
     {
         support::ClientRun run;
@@ -131,7 +131,7 @@ private Q_SLOTS:
                          deflatedReply(isBomb ? QByteArray(size, ' ') : hardlyCompressible(size)));
         run.press(u"Refresh");
         QTRY_VERIFY_WITH_TIMEOUT(run.view().button(u"Refresh")->isEnabled(), boundsPatienceMs);
-        // Qt itself refuses what has shrunk too well.
+        // Qt itself rejects data with too high a compression ratio.
         QCOMPARE(run.view().status(), isBomb ? u"Decompression failed: "_s : u"Operation canceled"_s);
         QCOMPARE(run.view().table()->rowCount(), 1);
     }

@@ -1,4 +1,4 @@
-// What a reply to a creation does.
+// What the client does with the reply to a creation.
 #include "support/client_test.h"
 
 #include <memory>
@@ -50,7 +50,7 @@ private Q_SLOTS:
         QStringList order;
         const auto note = [&](const QString& step) {
             order.append(step);
-            // The sentence is still the old one, and no list is under way, until the form has been reset.
+            // Until the form is reset, the status text is unchanged and no list request is in flight.
             QCOMPARE(view.status(), u"Creating your GDPS from the Tarnwick desktop client..."_s);
             QVERIFY(view.button(u"Refresh")->isEnabled());
         };
@@ -61,7 +61,7 @@ private Q_SLOTS:
                 [&] { note(u"public"_s); });
         connect(view.checkBox(u"Start this GDPS in maintenance mode"), &QCheckBox::toggled, this,
                 [&] { note(u"maintenance"_s); });
-        // The list is asked for last: its button tells when, and what is said by then.
+        // The list is requested last: its button shows when, and the status text at that time is recorded.
         QStringList sentences;
         const support::EnabledWatch watch(view.button(u"Refresh"), [&](bool) { sentences.append(view.status()); });
         run->press(u"Create GDPS");

@@ -1,4 +1,4 @@
-// The one rule that makes an error text of a reply: which status is an error, and whose words are shown.
+// The one rule that makes an error text from a reply: which status is an error, and whose text is shown.
 #include "faults/fault_run.h"
 #include "support/client_test.h"
 
@@ -14,7 +14,7 @@ namespace {
 struct ErrorStatus
 {
     int status;
-    /// What is shown of it when the service has no words; empty when it is no error.
+    /// What is shown if the service sends no text; empty if the status is no error.
     QString text;
 };
 
@@ -40,7 +40,7 @@ struct ErrorWords
 {
     const char* name;
     QByteArray body;
-    /// What is shown of it; empty when it holds no words.
+    /// What is shown for this body; empty if it has no text.
     QString text;
 };
 
@@ -101,7 +101,7 @@ private Q_SLOTS:
                 QTest::addRow("%s: %s", support::callName(call), name) << call << reply << outcome;
             };
             const QByteArray words = support::json("{'message':'Words','error':'Not shown'}");
-            // These two show the service's own sentence of a success.
+            // For these two, the service's own message of a success is shown.
             const bool isShown = call == Call::LinkPoll || call == Call::CreateInstance;
             const faults::WindowSight shows =
                 isShown ? faults::WindowSight{{u"status"_s, u"Words"_s}} : faults::WindowSight();

@@ -1,5 +1,5 @@
-// The order in which a reply is handled: its kind is free and the controls are right before its branch runs, and
-// the reply goes away afterwards.
+// The order in which a reply is handled: the busy flag is cleared and the controls are updated before its handler runs,
+// and the reply is deleted afterwards.
 #include "support/client_test.h"
 
 #include <QAbstractItemModel>
@@ -53,7 +53,7 @@ private Q_SLOTS:
     {
         QVERIFY(run->prepare(Call::Instances));
         run->server.forgetRequests();
-        // The next press comes while the reply before it is still being handled.
+        // The next press comes while the previous reply is still being handled.
         bool isFirst = true;
         connect(run->view().table()->model(), &QAbstractItemModel::rowsInserted, this, [&] {
             if (std::exchange(isFirst, false)) {
@@ -66,7 +66,7 @@ private Q_SLOTS:
         QCOMPARE(run->view().status(), u"Loaded 1 Tarnwick project(s)."_s);
     }
 
-    /// Not a turn of the event loop later: whoever hears of the end after the window finds everything done.
+    /// Not one event loop iteration later: slots that are connected after the window's find everything done.
     void aReplyIsHandledWhenItFinishes()
     {
         const auto statuses = std::make_shared<QStringList>();
@@ -82,7 +82,7 @@ private Q_SLOTS:
         QNetworkReply* reply = heldReply();
         QVERIFY(reply != nullptr);
         QCOMPARE(reply->property("taskKind").toInt(), 3);
-        // Retagged, the list's reply is a link start's: the code is taken from it, and its own kind stays busy.
+        // With its kind changed, the list's reply is handled as a link start's, and its own kind stays busy.
         reply->setProperty("taskKind", 0);
         run->server.reply(callPath(Call::Instances), Reply::json(200, R"({"code":"TAGGED","instances":[]})"));
         run->server.release(callPath(Call::Instances));
@@ -120,7 +120,7 @@ private Q_SLOTS:
     }
 
 private:
-    /// A request for the list that has come in and waits. Null when it has not.
+    /// A request for the list that has arrived and is held. Null if there is none.
     QNetworkReply* heldReply()
     {
         if (!run->startSignedIn()) {

@@ -1,4 +1,4 @@
-// A request counts as under way from the press until its reply has been handled, and each kind by itself.
+// A request is in flight from the press until its reply has been handled, and each kind independently.
 #include "support/client_test.h"
 
 #include <QNetworkReply>
@@ -11,7 +11,7 @@ using support::Reply;
 
 namespace {
 
-/// The controls that a call disables while it is under way.
+/// The controls that a call disables while it is in flight.
 QList<QWidget*> busyControls(Call call, const support::WindowView& view)
 {
     switch (call) {
@@ -74,7 +74,7 @@ private Q_SLOTS:
             changes.append((isEnabled ? u"enabled"_s : u"disabled"_s) + (isSent ? u", sent"_s : u", not sent"_s));
         });
         run->bringAbout(call);
-        // The event loop has not run since: this is the press itself.
+        // No event loop has run since, so this is the effect of the press itself.
         QVERIFY(areDisabled(controls));
         QTRY_VERIFY(areEnabled(controls));
         QCOMPARE(changes, (QStringList{u"disabled, not sent"_s, u"enabled, sent"_s}));
@@ -99,14 +99,14 @@ private Q_SLOTS:
         run->bringAbout(call);
         const QString status = run->view().status();
         QTRY_COMPARE(run->server.heldCount(callPath(call)), 1);
-        // The button is disabled meanwhile; its signal is not. It still says what is going on.
+        // The button is disabled, but its signal still works. The status text is shown again.
         run->view().label(u"StatusText"_s)->clear();
         Q_EMIT run->view().button(button)->clicked();
         QCOMPARE(run->view().status(), status);
 
         run->server.release(callPath(call));
         QTRY_VERIFY(areEnabled(busyControls(call, run->view())));
-        // A third press is a new request, and only the second one of all.
+        // The third press sends a request, which is only the second one.
         run->view().line(u"GDPS Name")->setText(u"Again"_s);
         run->bringAbout(call);
         QTRY_VERIFY(run->server.count(callPath(call)) > 1);
@@ -155,7 +155,7 @@ private Q_SLOTS:
             run->server.release(callPath(call));
             QTRY_VERIFY2(areEnabled(busyControls(call, view)), support::callName(call));
             QTRY_COMPARE(view.status(), outcome);
-            // Only its own controls have come back.
+            // Only this kind's controls are enabled again.
             for (const Call other : std::as_const(busy)) {
                 QVERIFY2(areDisabled(busyControls(other, view)), support::callName(other));
             }
@@ -164,7 +164,7 @@ private Q_SLOTS:
     }
 
 private:
-    /// Brings all five calls about and leaves them unanswered.
+    /// Makes all five calls and leaves them without a reply.
     bool holdAllKinds()
     {
         const auto calls = support::allCalls();

@@ -1,4 +1,4 @@
-// The five requests, as the service gets them.
+// The five requests, as the service receives them.
 #include "support/client_test.h"
 
 #include <QNetworkReply>
@@ -12,7 +12,7 @@ using support::RecordedRequest;
 
 namespace {
 
-/// As the version of Qt in use writes the names of headers, sorted.
+/// The names as the Qt version in use sends them, sorted.
 QList<QByteArray> asSent(QList<QByteArray> names)
 {
 #if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
@@ -56,7 +56,7 @@ private Q_SLOTS:
                                    "&core_key=core-a&public_listing=true"_ba;
     }
 
-    /// With every header's name: one more is an error as well.
+    /// Including all header names: an additional header is an error as well.
     void everyCallHasItsBytes()
     {
         QFETCH(Call, call);
@@ -123,7 +123,7 @@ private Q_SLOTS:
         QFETCH(Call, call);
         QFETCH(int, kind);
         QVERIFY(send(call));
-        // Earlier replies have gone: what is left is the one in flight.
+        // Earlier replies have been deleted: the one in flight remains.
         QTRY_COMPARE(run->window().findChildren<QNetworkReply*>().size(), 1);
         const QNetworkReply* reply = run->window().findChild<QNetworkReply*>();
         QCOMPARE(reply->property("taskKind").typeId(), QMetaType::Int);
@@ -132,7 +132,7 @@ private Q_SLOTS:
     }
 
 private:
-    /// Causes the call and waits until it has come in.
+    /// Makes the call and waits until it has arrived.
     bool send(Call call)
     {
         if (!run->prepare(call)) {

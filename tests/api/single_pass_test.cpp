@@ -1,4 +1,4 @@
-// One press is one request: a POST whose connection ends without an answer is not sent again, for the service may
+// One press is one request: a POST whose connection closes without an answer is not sent again, because the service may
 // have carried it out.
 #include "support/client_test.h"
 
@@ -16,7 +16,7 @@ struct UnansweredEnd
     Reply reply;
 };
 
-/// Ways in which a connection can end before the client has an answer.
+/// Ways in which a connection can end before the client has a reply.
 QList<UnansweredEnd> unansweredEnds()
 {
     return {{"closed", Reply::closeWithoutAnswer()},
@@ -61,7 +61,7 @@ private Q_SLOTS:
         QFETCH(bool, isKeptAlive);
         const auto run = newRun(isSecure);
         if (!isKeptAlive) {
-            // The last answer before the creation ends its connection.
+            // The last reply before the creation closes its connection.
             run->server.reply(callPath(Call::Instances), Reply::json(200, R"({"instances":[{}]})").connectionClose());
         }
         QVERIFY(run->prepare(call));
@@ -75,7 +75,7 @@ private Q_SLOTS:
         QCOMPARE(run->server.connectionCount(), connections + (isKeptAlive ? 0 : 1));
         QCOMPARE(run->view().line(u"GDPS Name")->text(), call == Call::LinkStart ? QString() : u"Neon Burst"_s);
 
-        // Whatever had been sent before the marker is there by now. The marker of a code request is one itself.
+        // Everything sent before the marker has arrived by now. The marker is a code request itself.
         QVERIFY(run->markerComesBack());
         QCOMPARE(run->server.count(callPath(call)), call == Call::LinkStart ? 2 : 1);
     }
@@ -94,7 +94,7 @@ private Q_SLOTS:
         QVERIFY(run->prepare(Call::CreateInstance));
         run->server.closeIdleConnections();
 
-        // By the time that another service has answered, the client has seen the end of that connection, too.
+        // When another service has answered, the client has also noticed the end of that connection.
         support::ScriptedServer another;
         another.reply(callPath(Call::Instances), Reply::json(200, "{}"));
         run->view().line(u"Tarnwick URL")->setText(another.origin());

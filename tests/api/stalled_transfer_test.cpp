@@ -1,5 +1,4 @@
-// A transfer that stands still comes to an end by itself. Built with a shorter limit than the real one, which has a
-// check of its own.
+// A stalled transfer is aborted. Built with a shorter timeout than the real one, which request_bytes_test checks.
 #include "support/client_test.h"
 
 #include <QNetworkReply>
@@ -32,7 +31,7 @@ private Q_SLOTS:
         QTest::newRow("no answer to a GET") << Call::Instances << Reply::never() << stalledText;
         QTest::newRow("no answer to a POST") << Call::CreateInstance << Reply::never() << stalledText;
         QTest::newRow("half a body") << Call::CreateInstance << stalledInTheBody(200) << stalledText;
-        // The message has come whole, but a reply that was aborted is not read.
+        // The message has arrived completely, but an aborted reply is not read.
         QTest::newRow("a whole object and no end")
             << Call::Instances << Reply::json(200, R"({"message":"never read"})").contentLength(100).thenSilence()
             << stalledText;
@@ -54,7 +53,7 @@ private Q_SLOTS:
         QTRY_COMPARE(run.window().findChildren<QNetworkReply*>().size(), 0);
         QCOMPARE(run.view().table()->rowCount(), 1);
 
-        // The kind is free again, and the form has kept what was in it: the next press sends.
+        // The kind is no longer busy, and the form has kept its contents: the next press sends.
         run.bringAbout(call);
         QTRY_COMPARE(run.view().status(), u"Second answer"_s);
         QCOMPARE(run.server.count(callPath(call)), 2);
@@ -94,7 +93,7 @@ private Q_SLOTS:
         QVERIFY(!run.pollTimer()->isActive());
         QCOMPARE(run.view().line(u"Link code")->text(), u"TWPC-TEST01"_s);
 
-        // The kind is free again: a new code is polled for.
+        // The kind is no longer busy: a new code is polled for.
         run.server.reply(callPath(Call::LinkPoll), Reply::json(202, R"({"message":"Polled again"})"));
         QVERIFY(run.showLinkCode(u"TWPC-TEST02"_s));
         run.tick();
@@ -115,7 +114,7 @@ private Q_SLOTS:
     {
         ClientRun run;
         QVERIFY(run.startSignedIn());
-        // Forty steps make three times the limit, and no pause in it comes near the limit.
+        // Forty steps take three times the timeout, and no pause between them comes near the timeout.
         run.server.reply(callPath(Call::Instances),
                          Reply::json(200, R"({"instances":[{},{}])" + QByteArray(20, ' ') + '}').dripBody(1, 45));
         run.press(u"Refresh");
@@ -134,8 +133,8 @@ private Q_SLOTS:
         QFETCH(int, status);
         ClientRun run;
         QVERIFY(run.startSignedIn());
-        // Of such a body Qt tells nothing before it has all of it. Nobody sees how large it becomes, and only the limit
-        // ends it; the body's own sentence, or the redirect's target, would come after seven times the limit.
+        // Qt reports nothing about such a body before it is complete. So no limit of size applies, only the timeout;
+        // the body's own message or the redirect's target would come after seven times the timeout.
         const QByteArray body = R"({"message":"never read"})" + QByteArray(80, ' ');
         run.server.reply(callPath(Call::Instances),
                          Reply::json(status, body).header("Location", "/moved").dripBody(1, 45));

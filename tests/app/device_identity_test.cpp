@@ -11,7 +11,7 @@ using support::Reply;
 
 namespace {
 
-/// What the next start knows itself by: the identifier that it saves when it is closed.
+/// The identifier that the client saves when it is closed, and that its next start uses.
 QString identityOfNextStart(const support::TemporaryHome& home)
 {
     support::newClientWindow()->close();
@@ -90,7 +90,7 @@ private Q_SLOTS:
         ClientRun run;
         QList<QByteArray> sent;
         for (int start = 0; start < 2; ++start) {
-            // Empty on purpose: the identifier made for it lasts for this start only.
+            // Empty on purpose: the identifier generated for it is used for this start only.
             run.home().writeState(support::storedState(run.server.origin(), {}, {}));
             run.startStored();
             QVERIFY(run.markerComesBack());

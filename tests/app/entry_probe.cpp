@@ -1,5 +1,5 @@
-// Linked with the client's own main(): reports what becomes of it on the standard output, and obeys the wish that it
-// was started with.
+// Linked with the client's own main(). Reports on standard output what main() does, and behaves as TARNWICK_ENTRY_WISH
+// says.
 #include <QApplication>
 #include <QMainWindow>
 #include <QTextStream>
@@ -14,7 +14,7 @@ void report(const QString& line)
     QTextStream(stdout) << line << Qt::endl;
 }
 
-/// As soon as the event loop runs.
+/// Called as soon as the event loop runs.
 void obey(const QByteArray& wish)
 {
     qInstallMessageHandler(

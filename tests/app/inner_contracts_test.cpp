@@ -1,5 +1,4 @@
-// What operations of the window do in states that nothing a user does leads to. Whoever calls them next may rely on it
-// all the same.
+// What the window's operations do in states that no user action leads to. New callers may rely on it.
 #include "support/client_test.h"
 
 using support::Reply;

@@ -19,7 +19,7 @@
 
 using Qt::StringLiterals::operator""_s;
 
-/// Folders as on a user's disk: a bundle with the program in it, and a folder to start it from.
+/// Folders as on a user's disk: one with a bundle that contains the program, and one to start it from.
 class LogoPlaces
 {
 public:
@@ -38,7 +38,7 @@ public:
 
     QString workingFolder() const { return folder.filePath(u"start/here"_s); }
     QString program() const { return bundle + u"/MacOS/prog"_s; }
-    /// The four places in their order of precedence.
+    /// The four places in order of precedence.
     QString candidate(int number) const
     {
         const QStringList files{bundle + u"/Resources"_s, bundle + u"/MacOS"_s, workingFolder() + u"/tarnwick/static"_s,

@@ -1,5 +1,5 @@
-// The program looks for its logo around its own executable, so this one copies itself into folders of its own
-// making and runs the copy, which constructs the window and reports what it sees.
+// The program looks for its logo next to its own executable. So this test copies its own executable into temporary
+// folders and runs the copy, which constructs the window and prints what it shows.
 #include "support/client_test.h"
 
 #include "app/logo_places.h"
@@ -14,9 +14,9 @@
 
 namespace {
 
-/// The copy deletes its own file before anything else.
+/// The copy first deletes its own file.
 constexpr const char* logoProbeWithoutFile = "without file";
-/// The copy deletes its working directory before anything else.
+/// The copy first deletes its working directory.
 constexpr const char* logoProbeWithoutFolder = "without folder";
 
 int reportLogo(int argc, char** argv)
@@ -34,7 +34,7 @@ int reportLogo(int argc, char** argv)
     QLabel* label = support::WindowView(*window).label(u"LogoPanel"_s);
     const QImage logo = label->pixmap().toImage();
     const QSize icon = window->windowIcon().actualSize(QSize(1000, 1000));
-    // Left of a logo that is not as wide as its label.
+    // Left of a logo that is narrower than its label.
     const QColor beside = support::pictureOf(label).pixelColor(10, 48);
     const QJsonObject report{
         {u"executable"_s, QCoreApplication::applicationFilePath()},
@@ -194,7 +194,7 @@ private Q_SLOTS:
         }
         const LogoPlaces places;
         QVERIFY(QDir().mkpath(QFileInfo(places.candidate(1)).path()) && checkerboard.save(places.candidate(1)));
-        // Each pixel stands for two black and two white ones.
+        // Each pixel is the average of two black and two white ones.
         const int lightness = QColor(places.run().value(u"colour"_s).toString()).lightness();
         QVERIFY2(lightness > 100 && lightness < 155, qPrintable(QString::number(lightness)));
     }
@@ -205,7 +205,7 @@ private Q_SLOTS:
         QTest::addColumn<QSize>("image");
         QTest::addColumn<QString>("size");
         QTest::newRow("square at 2") << QByteArray("2") << QSize(100, 100) << u"192x192"_s;
-        // Of the screen's pixels, the label has 237.5 in its width and 249.6 in its height.
+        // In device pixels, the label is 237.5 wide (at 1.25) or 249.6 high (at 2.6).
         QTest::newRow("wide at 1.25") << QByteArray("1.25") << QSize(400, 100) << u"237x59"_s;
         QTest::newRow("square at 2.6") << QByteArray("2.6") << QSize(100, 100) << u"249x249"_s;
     }

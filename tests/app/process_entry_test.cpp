@@ -1,4 +1,4 @@
-// The process entry itself, from the application's names to the exit code: entry_probe.cpp has the client's own main().
+// The process entry point, from the application's names to the exit code: entry_probe.cpp runs the client's own main().
 #include "support/client_test.h"
 
 #include <QProcess>
@@ -10,7 +10,7 @@ namespace {
 class EntryProcess : public QProcess
 {
 public:
-    /// Starts in the home of the test.
+    /// Starts with the test's HOME.
     explicit EntryProcess(const QByteArray& wish, const QStringList& arguments = {})
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -48,7 +48,7 @@ private Q_SLOTS:
         QVERIFY(process.waitForFinished());
         QCOMPARE(process.exitStatus(), QProcess::NormalExit);
         QCOMPARE(process.exitCode(), 7);
-        // An end without a close saves nothing.
+        // Nothing is saved when the process ends without a close.
         QCOMPARE(home.readState(), QByteArray());
     }
 
@@ -77,7 +77,7 @@ private Q_SLOTS:
         const QByteArray before = support::storedState(server.origin(), u"token-1"_s);
         home.writeState(before);
         EntryProcess process("stay");
-        // Its session check has come in: the child is fully up.
+        // Its session check has arrived, so the child is fully started.
         QTRY_COMPARE_WITH_TIMEOUT(server.heldCount(callPath(Call::Session)), 1, 30000);
         if (politely) {
             process.terminate();

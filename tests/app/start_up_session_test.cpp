@@ -8,7 +8,7 @@ using support::ClientRun;
 
 namespace {
 
-/// Remembers what the status line said when it was painted for the first time.
+/// Remembers the text of the status line when it was first painted.
 class FirstPaintWatcher : public QObject
 {
 public:
@@ -42,12 +42,12 @@ private Q_SLOTS:
         run.server.hold(callPath(Call::Session));
         run.startLinked();
         QCOMPARE(run.view().status(), u"Checking linked Tarnwick session..."_s);
-        // A check in flight is what disables the one button and leaves the other.
+        // A check in flight disables this button and not the other one.
         QVERIFY(!run.view().button(u"Unlink")->isEnabled());
         QVERIFY(run.view().button(u"Refresh")->isEnabled());
         QCOMPARE(run.view().account().constFirst(), u"Not linked yet"_s);
 
-        // It needs no window on the screen, only the event loop.
+        // The check needs no visible window, only the event loop.
         QTRY_COMPARE(run.server.heldCount(callPath(Call::Session)), 1);
         QVERIFY(!run.window().isVisible());
     }

@@ -1,4 +1,4 @@
-// What a start of the client looks like before anything has been pressed.
+// The client right after its start, before anything is pressed.
 #include "support/client_test.h"
 
 #include <QApplication>
@@ -13,7 +13,7 @@ using support::ClientRun;
 
 namespace {
 
-/// Notes how many labels a main window has when it is told that its style has changed.
+/// Counts the labels that the main window contains when it gets a style change event.
 class StyleChangeWatcher : public QObject
 {
 public:
@@ -109,7 +109,7 @@ private Q_SLOTS:
         QCOMPARE(view.account(), (QStringList{u"Not linked yet"_s, u"Plan: -"_s, u"Limit: -"_s}));
         QCOMPARE(view.table()->rowCount(), 0);
         QCOMPARE(view.combo(u"Core")->currentText(), u"No cores available"_s);
-        // The constructor has already told the controls what they may do.
+        // The constructor has already called updateControls().
         QVERIFY(view.button(u"Generate Link Code")->isEnabled());
         QVERIFY(!view.button(u"Create GDPS")->isEnabled());
     }
@@ -133,7 +133,7 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowExposed(&run.window()));
         QCOMPARE(run.view().status(), u"Ready to link your Tarnwick account."_s);
 
-        // The request that a press causes is the first one of all.
+        // The request that this press causes is the first one.
         QVERIFY(run.markerComesBack());
         QCOMPARE(run.server.count(), 1);
         QCOMPARE(run.server.connectionCount(), 1);
@@ -144,7 +144,7 @@ private Q_SLOTS:
         const support::TemporaryHome home;
         home.writeState(support::json("{'origin':' http://stored.example/// '}"));
         const auto window = support::newClientWindow();
-        // Shown as it was stored, but for the white space around it; only requests and saves normalise it.
+        // Shown as stored, only trimmed; requests and saves normalise it.
         QCOMPARE(support::WindowView(*window).line(u"Tarnwick URL")->text(), u"http://stored.example///"_s);
     }
 };

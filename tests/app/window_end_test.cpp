@@ -55,10 +55,10 @@ private Q_SLOTS:
         QCloseEvent event;
         event.ignore();
         if (byTheWindowSystem) {
-            QSpontaneKeyEvent::setSpontaneous(&event); // QTest's own way of marking an event as the user's
+            QSpontaneKeyEvent::setSpontaneous(&event); // QTest itself marks events as spontaneous in this way
         }
         QCOMPARE(event.spontaneous(), byTheWindowSystem);
-        qApp->notify(window.get(), &event); // sendEvent() would take the mark away
+        qApp->notify(window.get(), &event); // sendEvent() would clear the flag
         QVERIFY(event.isAccepted());
         QVERIFY(QFile::exists(home.stateFile()));
     }
@@ -134,7 +134,7 @@ private Q_SLOTS:
         QTRY_COMPARE(run.server.heldCount(callPath(Call::Session)), 1);
         run.destroyWindow();
         QTRY_COMPARE(run.server.openConnectionCount(), 0);
-        // No handler ran: a failed check would have taken the token out of the file.
+        // No handler ran: after a failed check, the file would have no token.
         QCOMPARE(run.home().readState(), before);
     }
 };

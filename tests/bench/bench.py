@@ -1,4 +1,4 @@
-"""Measures whole processes from outside. Run by ./bench, which builds what is measured and tells where it is."""
+"""Measures whole processes from outside. Run by ./bench, which first builds the measured programs."""
 
 import argparse
 import os
@@ -18,7 +18,7 @@ PARTS = {"start": start_part, "rows": rows_part, "idle": idle_part, "size": size
 
 
 class Bench:
-    """What every part needs: where the programs are, how often to measure, where results go."""
+    """What every part needs: where the programs are, how often to measure, and the folder for results."""
 
     def __init__(self, build, rounds):
         self.client = build / "client" / "Tarnwick"
@@ -32,7 +32,7 @@ class Bench:
 
 
 def machine():
-    """One line about the machine, since no figure means anything without it."""
+    """One line about the machine, because figures mean nothing without it."""
     facts = pathlib.Path("/proc/cpuinfo").read_text(encoding="utf-8").splitlines()
     model = next((line.partition(":")[2].strip() for line in facts if line.startswith("model name")), "unknown")
     return (

@@ -1,4 +1,4 @@
-"""What the bench computes and draws. What it measures is no matter of right or wrong."""
+"""What the bench computes and draws. Its measurements cannot be tested."""
 
 import pathlib
 import sys
@@ -19,7 +19,7 @@ class Bench(unittest.TestCase):
         self.assertEqual(spread([7.5]), "7.5 (7.5–7.5)")
 
     def test_a_ratio_compares_within_a_round(self):
-        # In the second round the machine was half as fast, for both.
+        # In the second round the machine was half as fast, for both programs.
         self.assertEqual(ratio([15, 30, 15], [10, 20, 10]), "1.50 (1.50–1.50)")
         with self.assertRaises(ValueError):
             ratio([1, 2], [1])

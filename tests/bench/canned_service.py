@@ -1,4 +1,4 @@
-"""A loopback service that knows one account and sends a prepared list of projects when it is told to."""
+"""A loopback service with one account that sends a prepared list of projects on demand."""
 
 import http.server
 import json
@@ -12,7 +12,7 @@ _LIMIT = 60
 
 
 def project_list(count):
-    """A reply with that many projects, each as large as a project of the local service."""
+    """A reply with this many projects, each as large as a project of the local service."""
     projects = [
         {
             "core_label": "Stable 2.2",
@@ -28,7 +28,7 @@ def project_list(count):
 
 
 class CannedService(http.server.ThreadingHTTPServer):
-    """`hold` a list back, wait until it is asked for, `send` it."""
+    """Usage: `hold` a list, wait until it is requested, `send` it."""
 
     daemon_threads = True
 
@@ -48,7 +48,7 @@ class CannedService(http.server.ThreadingHTTPServer):
         wait_for(self.asked, "the request for the list")
 
     def send(self):
-        """Returns when all of the list is on its way."""
+        """Returns when the whole list has been sent."""
         self.open.set()
         wait_for(self.sent, "the list to be taken")
 
@@ -61,7 +61,7 @@ class _Handler(http.server.BaseHTTPRequestHandler):
             self._answer(json.dumps(_SESSION).encode())
             return
         self.server.asked.set()
-        wait_for(self.server.open, "the word to send the list")
+        wait_for(self.server.open, "the call of send")
         self._answer(self.server.body)
         self.server.sent.set()
 
@@ -78,4 +78,4 @@ class _Handler(http.server.BaseHTTPRequestHandler):
 
 def wait_for(event, what):
     if not event.wait(_LIMIT):
-        raise TimeoutError(f"waited in vain for {what}")
+        raise TimeoutError(f"timed out waiting for {what}")

@@ -1,16 +1,16 @@
-"""Draws lines over numbers of projects, both axes logarithmic, as an SVG picture."""
+"""Draws lines over numbers of projects as an SVG picture; both axes are logarithmic."""
 
 import math
 from xml.sax.saxutils import escape
 
 _WIDTH, _HEIGHT = 460, 320
-_LEFT, _TOP, _RIGHT, _BOTTOM = 64, 48, 370, 276  # the edges of what is drawn in
+_LEFT, _TOP, _RIGHT, _BOTTOM = 64, 48, 370, 276  # the edges of the drawing area
 _LINE_HEIGHT = 15
 _COLOURS = ("#c2570c", "#4b5563")
 
 
 def draw(file, charts):
-    """The charts side by side: by their titles, lines by their names, and of each line (projects, value)."""
+    """The charts side by side: a dictionary by title, then by the line's name, of lists of (projects, value)."""
     drawn = [
         f'<g transform="translate({at * _WIDTH} 0)">{_chart(*chart)}</g>' for at, chart in enumerate(charts.items())
     ]
@@ -44,7 +44,7 @@ def _chart(title, lines):
     parts.append(_text((_LEFT + _RIGHT) / 2, _HEIGHT - 6, "projects", "middle"))
 
     taken = _HEIGHT
-    # The lowest line's name first: each of the others keeps above it.
+    # Starts with the lowest line's name, so that each of the others can stay above it.
     for (name, line), colour in sorted(zip(lines.items(), _COLOURS), key=lambda one: one[0][1][-1][1]):
         places = [place(*point) for point in line]
         path = " ".join(f"{x:.1f},{y:.1f}" for x, y in places)

@@ -1,4 +1,4 @@
-"""A window that nobody touches for a minute: how often it wakes up, and for how long."""
+"""A window that nobody uses for a minute: how often it wakes up, and how much processor time it takes."""
 
 import contextlib
 import time
@@ -12,12 +12,12 @@ from program_run import ProgramRun
 from report import Table
 
 MINUTE = 60.0
-# The toolkit keeps a helper thread and a cache of pictures for half a minute after the start, in case.
+# For half a minute after the start, the toolkit keeps a helper thread and a cache of pictures.
 _SETTLING = 35.0
 
 
 def measure(bench):
-    """All of them at the same time, each on a screen of its own: none does anything that the others could feel."""
+    """Measures all of them at the same time, each on its own screen: idle windows do not influence each other."""
     with contextlib.ExitStack() as stack:
 
         def watched(program, focus=False, **state):
@@ -39,15 +39,15 @@ def measure(bench):
             processes.wait_until_idle(pid, quiet=1.0)
         time.sleep(_SETTLING)
         before = {name: _count(pid) for name, pid in runs.items()}
-        time.sleep(MINUTE)  # the time is what is measured
+        time.sleep(MINUTE)  # the measured minute
         table = Table("Idle for a minute", ["", "wake-ups", "processor time, ms"])
         for name, pid in runs.items():
             (threads_then, used_then), (threads_now, used_now) = before[name], _count(pid)
             wake_ups = processes.wake_ups_between(threads_then, threads_now)
             table.rows.append([name, str(wake_ups), f"{used_now - used_then:.2f}"])
     table.remark = (
-        f"Counted from {_SETTLING:.0f} s after the start, when the toolkit has put away what it keeps for a while. A "
-        "window with the keyboard shows a text cursor in its first field; its blinking is the toolkit's."
+        f"Counted from {_SETTLING:.0f} s after the start, when the toolkit has ended its helper thread. A window with "
+        "the keyboard focus has a text cursor in its first field, which the toolkit blinks."
     )
     return [table]
 

@@ -1,4 +1,4 @@
-"""What a person would use instead: the account page in a browser, and two well-known programs of the same kind."""
+"""What people would use instead: the account page in a browser, and two well-known programs of the same kind."""
 
 import contextlib
 import pathlib
@@ -19,7 +19,7 @@ CLIENT = "client, linked"
 _SETTLED_SHARE = 0.02
 _SETTLING_LIMIT = 20
 
-# In a network of its own, which has no way out.
+# In a network namespace without access to any network.
 _ALONE = ["unshare", "--map-root-user", "--net"]
 
 
@@ -66,7 +66,7 @@ def _start(screen, words, home):
                     memory += processes.proportional_mib(member.pid)
             return {"frame": run.first_frame_ms, "memory": memory, "processes": len(members)}
     finally:
-        # The browser's helper for crashes makes itself independent of the browser.
+        # The browser's crash handler detaches itself from the browser.
         for process in psutil.process_iter():
             with contextlib.suppress(psutil.NoSuchProcess):
                 if any(str(home) in word for word in process.cmdline()):
@@ -74,7 +74,7 @@ def _start(screen, words, home):
 
 
 def _settled_family(pid):
-    """The processes, once all of them together do nothing much; or after a while, for those that always do."""
+    """The processes, once all of them together are nearly idle; after a limit, even if they never are."""
     end = time.monotonic() + _SETTLING_LIMIT
     used, since = None, time.monotonic()
     while True:
@@ -87,7 +87,7 @@ def _settled_family(pid):
         if settled or time.monotonic() > end:
             return family
         used, since = now, time.monotonic()
-        time.sleep(1.0)  # how busy something is can only be seen over a while
+        time.sleep(1.0)  # processor load can only be measured over some time
 
 
 def _table(measured, repeats):
@@ -107,7 +107,7 @@ def _table(measured, repeats):
         )
     table.remark = (
         f"Medians of {repeats} starts each, in turns, with a profile that has been started once before. The browser "
-        "and the client show the same account; visible is the window, in the browser not necessarily with the page in "
-        "it. The other two start in a network of their own, which counts as theirs."
+        "and the client show the same account; the browser's window may be visible before its page. The other two "
+        "start without a network; the program that removes it counts as theirs."
     )
     return table

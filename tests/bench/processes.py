@@ -1,4 +1,4 @@
-"""What the system tells about a process that somebody else runs."""
+"""What the system reports about another process."""
 
 import ctypes
 import os
@@ -9,14 +9,14 @@ import psutil
 
 _libc = ctypes.CDLL(None, use_errno=True)
 
-# Resets the highest memory use that the system remembers of a process.
+# Resets the system's record of a process's peak memory.
 _RESET_HIGH_WATER = "5"
 
 MIB = 1024 * 1024
 
 
 def processor_ms(pid):
-    """Processor time of all its threads so far, those that have ended included, to the nanosecond."""
+    """Processor time of all its threads so far, including threads that have ended, to the nanosecond."""
     clock = ctypes.c_int()
     error = _libc.clock_getcpuclockid(pid, ctypes.byref(clock))
     if error != 0:
@@ -25,9 +25,8 @@ def processor_ms(pid):
 
 
 def wait_until_idle(pid, quiet=0.3, share=0.02, limit=60.0):
-    """Returns when the process has used no more than that share of a processor for a while.
-
-    No event tells that, and a share is always one of some time.
+    """Returns when the process has used no more than this share of a processor for the time `quiet`. No event reports
+    that.
     """
     end = time.monotonic() + limit
     while time.monotonic() < end:
@@ -39,12 +38,12 @@ def wait_until_idle(pid, quiet=0.3, share=0.02, limit=60.0):
 
 
 def private_mib(pid):
-    """Memory that the process shares with nobody."""
+    """Memory that the process does not share."""
     return psutil.Process(pid).memory_full_info().uss / MIB
 
 
 def proportional_mib(pid):
-    """Memory of the process, with what it shares divided by those that share it."""
+    """Memory of the process; shared memory is divided by the number of processes that share it."""
     return psutil.Process(pid).memory_full_info().pss / MIB
 
 
@@ -57,12 +56,12 @@ def reset_peak(pid):
 
 
 def peak_mib(pid):
-    """The most memory in use since `reset_peak`, shared memory included."""
+    """The peak of resident memory since `reset_peak`, including shared memory."""
     return _status(f"/proc/{pid}/status")["VmHWM"] / 1024
 
 
 def wake_ups(pid):
-    """How often each of its threads was put on a processor so far, by the thread's number."""
+    """How often each of its threads has been scheduled so far, by thread number."""
     counts = {}
     for thread in os.listdir(f"/proc/{pid}/task"):
         status = _status(f"/proc/{pid}/task/{thread}/status")
@@ -71,12 +70,12 @@ def wake_ups(pid):
 
 
 def wake_ups_between(before, after):
-    """A thread that has ended meanwhile woke up for that at least."""
+    """A thread that has ended meanwhile counts as one wake-up at least."""
     ended = len(before.keys() - after.keys())
     return ended + sum(count - before.get(thread, 0) for thread, count in after.items())
 
 
 def _status(file):
-    """The numbers of a file with lines of the form "Name:  number ..."."""
+    """The numbers in a file with lines of the form "Name:  number ..."."""
     lines = (line.split() for line in pathlib.Path(file).read_text(encoding="utf-8").splitlines())
     return {words[0][:-1]: int(words[1]) for words in lines if len(words) > 1 and words[1].isdigit()}

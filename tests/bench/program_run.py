@@ -1,4 +1,4 @@
-"""One run of a program on a virtual screen, watched from outside: through the X server and its pixels."""
+"""One run of a program on a virtual screen, observed from outside: through the X server and its pixels."""
 
 import collections
 import ctypes
@@ -16,11 +16,11 @@ from harness.client_process import REPOSITORY
 from Xlib import X, display, error
 from Xlib.protocol.event import ClientMessage
 
-# No program paints this.
+# A colour that no program draws.
 _ROOT_COLOUR = 0x0001FE03
-# Splash screens, tips and windows that are never seen are smaller.
+# Splash screens, tips and invisible windows are smaller.
 _LEAST_WIDTH, _LEAST_HEIGHT = 400, 300
-# A shadow or a rounded corner may stay free. The pixels are looked at in a coarse grid, ten times a millisecond.
+# A shadow or a rounded corner may remain. The pixels are checked in a coarse grid, ten times a millisecond.
 _WHOLE_PICTURE = 0.95
 _GRID, _GLANCE = 32, 0.0001
 _LIMIT = 70
@@ -30,7 +30,7 @@ ctypes.CDLL(None).prctl(_PR_SET_TIMERSLACK, 1)
 
 
 class ProgramRun:
-    """Starts the program and waits for the first whole picture of its window. `focus` then gives it the keyboard."""
+    """Starts the program and waits until its window is completely drawn. `focus` then gives it the keyboard focus."""
 
     def __init__(self, screen, words, home=None, focus=False):
         self._screen = screen
@@ -73,7 +73,7 @@ class ProgramRun:
         self.end()
 
     def ask_for_answers(self):
-        """Starts asking the window, once a millisecond, whether it answers."""
+        """Starts pinging the window once a millisecond."""
         return AnswerWatch(self._screen.environment["DISPLAY"], self.window.id)
 
     def _wait_for_picture(self):
@@ -90,20 +90,20 @@ class ProgramRun:
                     time.sleep(_GLANCE)
 
     def _find_window(self):
-        """The main window as soon as it is there. Later ones do not count."""
+        """The first main window. Later windows are ignored."""
         while self.window is None and self._display.pending_events():
             event = self._display.next_event()
             if event.type == X.MapNotify:
                 try:
                     area = event.window.get_geometry()
-                except error.BadDrawable:  # it is gone already
+                except error.BadDrawable:  # it has been closed already
                     continue
                 if area.width >= _LEAST_WIDTH and area.height >= _LEAST_HEIGHT:
                     self.window, self._area = event.window, area
         return self.window
 
     def _painted(self, pixels, line):
-        """The share of the window's area that has not the root's colour any more."""
+        """The share of the window's area that no longer has the root window's colour."""
         left, right = max(self._area.x, 0) + 2, min(self._area.x + self._area.width, self._screen.width) - 2
         bottom = min(self._area.y + self._area.height, self._screen.height) - 2
         rows = range(max(self._area.y, 0) + 2, bottom, _GRID)
@@ -113,7 +113,7 @@ class ProgramRun:
 
 
 class AnswerWatch(threading.Thread):
-    """Asks a window until `longest_ms` is called, as a window manager asks before it says "not responding"."""
+    """Pings a window until `longest_ms` is called, as a window manager does before it says "not responding"."""
 
     def __init__(self, screen, window):
         super().__init__(daemon=True)
@@ -124,7 +124,7 @@ class AnswerWatch(threading.Thread):
         self.start()
 
     def longest_ms(self):
-        """The longest time that the window left a question open."""
+        """The longest time that the window took to answer a ping."""
         self._ending.set()
         self.join(_LIMIT)
         if self.is_alive():
@@ -148,6 +148,6 @@ class AnswerWatch(threading.Thread):
             )
             while self._display.pending_events():
                 event = self._display.next_event()
-                # Answers come in order.
+                # Answers arrive in order.
                 if event.type == X.ClientMessage and event.data[1][0] == ping and asked:
                     self._longest = max(self._longest, time.perf_counter() - asked.popleft())

@@ -5,16 +5,15 @@ from dataclasses import dataclass, field
 
 
 def spread(values, digits=1):
-    """The median, with the quarter below and the quarter above the others in brackets."""
+    """The median, with the lower and upper quartile in brackets."""
     values = list(values)
     low, median, high = statistics.quantiles(values, n=4, method="inclusive") if len(values) > 1 else values * 3
     return f"{median:.{digits}f} ({low:.{digits}f}–{high:.{digits}f})"
 
 
 def ratio(values, limits, digits=2):
-    """How many times the limit something is: each value against the one that was measured in the same round.
-
-    What slows the machine down for a while then slows down both.
+    """How many times the limit: each value divided by the one from the same round, so that a slow phase of the machine
+    affects both.
     """
     return spread([value / limit for value, limit in zip(values, limits, strict=True)], digits)
 

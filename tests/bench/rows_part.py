@@ -1,4 +1,4 @@
-"""From a reply to a filled table: processor time per project, peak memory, and how long the window does not answer."""
+"""From a reply to a filled table: processor time per project, peak memory, and how long the window does not respond."""
 
 from statistics import median
 
@@ -12,9 +12,9 @@ from report import Table, ratio, spread
 
 SIZES = (10, 1_000, 10_000, 100_000, 200_000)
 CLIENT, BARE = "client", "bare table"
-# How long a window with nothing to do is asked, to know what the asking itself shows, in seconds.
+# How long an idle window is pinged, in seconds, to measure the effect of the pings themselves.
 _RESTING = 2.0
-# Fewer projects than that take no memory that stands out from the window's own.
+# For fewer projects, the memory of the rows is not measurable beside the window's own.
 _FEWEST_TO_WEIGH = 10_000
 
 
@@ -33,7 +33,7 @@ def measure(bench):
             for _ in range(repeats):
                 for name, words in commands.items():
                     result = _fill(screen, service, words, body)
-                    # Another fill, since asking takes processor time too.
+                    # A separate fill, since pinging takes processor time, too.
                     result["unanswered"] = _longest_without_answer(screen, service, words, body, quiet=0.5, share=0.3)
                     measured[size][name].append(result)
             bench.progress("rows", number + 1, len(SIZES))
@@ -88,8 +88,8 @@ def _work_table(measured, repeats):
         )
     table.remark = (
         f"Medians of {repeats} fills each, in turns. Processor time of the whole process from the reply's first byte "
-        "until it is idle again; peak memory is what it takes more than before. The bare table has no style sheet, and "
-        "is told its number of rows at once."
+        "until it is idle again; peak memory is the increase. The bare table has no style sheet and gets its rows at "
+        "once."
     )
     return table
 
@@ -100,7 +100,7 @@ def _answer_table(measured, resting):
         waits = (spread([run["unanswered"] for run in results[name]]) for name in (CLIENT, BARE))
         table.rows.append([f"{size:,}", *waits])
     table.remark = (
-        "Asked once a millisecond through the X server. With nothing to do, the client's longest is "
+        "Pinged once a millisecond through the X server. For an idle client, the longest time is "
         f"{resting:.1f} ms."
     )
     return table

@@ -28,12 +28,12 @@ def measure(bench):
                 processes.wait_until_idle(run.pid)
                 paths = {os.path.basename(mapped.path) for mapped in psutil.Process(run.pid).memory_maps()}
             libraries = [path for path in paths if ".so" in path]
-            # Its exit code says whether there are any.
+            # The exit code says whether there are any.
             listed = subprocess.run(["ldd", "-u", str(program)], check=False, capture_output=True, text=True).stdout
             unused = [os.path.basename(line) for line in listed.split() if line.startswith("/")]
             table.rows.append([name, f"{size:.0f}", str(len(libraries)), ", ".join(unused) or "none"])
     table.remark = (
-        "Libraries and plugins in the memory of the idle window. Unused: named by the program itself and needed by "
-        "nothing in it."
+        "Libraries and plugins in the memory of the idle window. Unused: linked to the program, which uses nothing of "
+        "them."
     )
     return [table]

@@ -1,4 +1,4 @@
-"""Start to first painted frame, processor time and private memory: the client against what is possible."""
+"""From the start to the first painted frame, processor time and private memory: the client against the limits."""
 
 import socket
 
@@ -14,7 +14,7 @@ EMPTY, ATTAINABLE = "empty window", "same widgets and sheet, no logic"
 
 
 def measure(bench):
-    """One start of each program after the other, again and again."""
+    """Starts each program once per round, one after the other."""
     with VirtualScreen() as screen, socket.socket() as taken:
         taken.bind(("127.0.0.1", 0))  # nobody listens there, and nobody else can
         nobody = f"http://127.0.0.1:{taken.getsockname()[1]}"
@@ -77,7 +77,7 @@ def _table(measured, rounds):
     for measure in measured[EMPTY][0]:
         table.head += [measure] + (["× empty", "× attainable"] if measure != "until idle, ms" else [])
     table.remark = (
-        f"Medians of {rounds} starts each, one after the other in turns, with quartiles in brackets; ratios are those "
-        "of the starts of one round. Attainable is the line without logic."
+        f"Medians of {rounds} starts each, in turns, with quartiles in brackets; ratios are between starts of the same "
+        "round. Attainable is the line with widgets and sheet, without logic."
     )
     return table

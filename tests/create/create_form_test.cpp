@@ -10,7 +10,7 @@ using support::callPath;
 
 namespace {
 
-/// The items of a list of choices. Calls the test when the first of them is read next.
+/// The items of a combo box. Calls the test when the first of them is read next.
 class ReadWatch : public QStandardItemModel
 {
 public:
@@ -32,7 +32,7 @@ private:
 
 } // namespace
 
-/// What the creation form says and does before its request goes out.
+/// What the creation form checks and shows before its request is sent.
 class CreateFormTest : public QObject
 {
     Q_OBJECT

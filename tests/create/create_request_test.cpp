@@ -4,7 +4,7 @@ using support::Call;
 using support::callPath;
 using support::Reply;
 
-/// The request that "Create GDPS" sends: which pairs, in which order, and how each field is read.
+/// The request that "Create GDPS" sends: which fields, in which order, and how each of them is read from the form.
 class CreateRequestTest : public QObject
 {
     Q_OBJECT
@@ -143,7 +143,7 @@ private:
     using Run = support::ClientRun;
     static constexpr QStringView publicBox = u"Show this GDPS in the public recent list";
 
-    /// A form that lacks nothing; the account has these cores.
+    /// A complete form; the account has these cores.
     static bool startWithCores(Run& run, const QByteArray& cores)
     {
         run.server.reply(callPath(Call::Session), Reply::json(200, support::json("{'available_cores':[") +
@@ -152,14 +152,14 @@ private:
         run.view().line(u"GDPS Name")->setText(u"Neon"_s);
         return isSignedIn;
     }
-    /// Presses the button and gives the body that has come in.
+    /// Presses the button and returns the body that the service received.
     static QByteArray sentBody(Run& run)
     {
         return run.holdCall(Call::CreateInstance)
                    ? run.server.requests(callPath(Call::CreateInstance)).constFirst().body
                    : QByteArray("nothing has come");
     }
-    /// The pair of the same name, still in its encoding.
+    /// The field with this name, still encoded.
     static QByteArray pairOf(const QByteArray& body, const QByteArray& pair)
     {
         const QByteArray name = pair.first(pair.indexOf('=') + 1);

@@ -1,4 +1,4 @@
-"""What a failed test tells: the client's last status text, and pictures of the screen and of the browser's page."""
+"""What a failed test reports: the client's last status text, and pictures of the screen and of the browser's page."""
 
 import os
 import re
@@ -31,7 +31,7 @@ class FailureAccount(Scenario):
             wait_until(lambda: self.browser.value("No"), "a field", 0.1)
         account = str(caught.exception)
         self.assertRegex(
-            account, r"^Waited 0\.1 s in vain for a field\.\nThe last look failed: the browser says: no such"
+            account, r"^Waited 0\.1 s for a field\.\nThe last look failed: the browser says: no such"
         )
         self.assertIn(f"The client runs. Its status text: '{READY}'. It printed: ''", account)
         self.assertEqual(self.picture(SCREEN, account).size, (self.width, self.height))
@@ -49,7 +49,7 @@ class FailureAccount(Scenario):
         self.assertIn(f"The client has ended with -9. Its last known status text: '{READY}'.", account)
 
     def account_of(self, name):
-        """What the report on the one failure of another scenario says. It takes place on this one's desktop."""
+        """The report on the one failure of another scenario, which runs on this one's desktop."""
         scenario = _Failing(name)
         scenario.desktop = self.desktop
         result = unittest.TestResult()
@@ -58,7 +58,7 @@ class FailureAccount(Scenario):
         return result.failures[0][1]
 
     def picture(self, pattern, account):
-        """The one that the account names. It shows something."""
+        """The picture that the account names. It must not be empty."""
         self.assertRegex(account, pattern)
         with Image.open(re.search(pattern, account)[1]) as picture:
             self.assertIsNone(picture.getcolors(50), "hardly any colour")

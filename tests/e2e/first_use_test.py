@@ -1,4 +1,4 @@
-"""A first use, from no state at all to unlinked again, by the keyboard alone and with a real browser."""
+"""The first use, from a missing state file to unlinking, with the keyboard only and with a real browser."""
 
 import os
 import re
@@ -11,7 +11,7 @@ from harness.web_browser import SPACE, TAB
 
 BOTH_PAGES = ["Tarnwick URL", "Link code", "Generate Link Code", "Open Public Pairing Page", "Refresh", "Unlink"]
 LIST_PAGE = ["Your GDPS List", "Tarnwick projects", "Open Selected Project"]
-# The page's tab and the form's button bear the same name.
+# The page's tab and the form's button have the same name.
 FORM_PAGE = ["Create GDPS", "GDPS Name", "Description", "Emoji", "Accent", "Tags", "Core", "Preset"] + [
     "Show this GDPS in the public recent list",
     "Start this GDPS in maintenance mode",
@@ -96,7 +96,7 @@ class FirstUse(Scenario):
             self.browser.press_key(TAB)
             passed.append(self.browser.focused())
         self.browser.press_key(SPACE)
-        # The page that follows is fetched after the decision; the desktop may have been quicker to ask for it.
+        # The browser loads the next page after the decision; the desktop may have fetched its token earlier.
         self.browser.wait_for_heading("Desktop approved", "Desktop linked")
 
     def see_account_cores_and_projects(self):
@@ -161,7 +161,7 @@ class FirstUse(Scenario):
         for text in ("Not linked yet", "Plan: -", "Limit: -"):
             self.assertIn(text, self.window.texts())
         self.assertEqual(self.window.field("Core").choices(), ["No cores available"])
-        # The button that had the focus is disabled now, and the focus must not be lost with it.
+        # The button that had the focus is disabled now; the focus must have moved to another control.
         self.walker.go_to("Tarnwick URL")
 
     def start_again_and_be_unlinked(self):

@@ -1,6 +1,5 @@
-"""The pictures of the documentation, made again by a real first use: one that looks different fails.
-
-The different ones are left in TARNWICK_E2E_RESULTS; to accept them, copy them to docs/pictures.
+"""Makes the pictures in the documents again by a real first use. A picture that has changed fails the test and is saved
+in TARNWICK_E2E_RESULTS; to accept it, copy it to docs/pictures.
 """
 
 import os
@@ -22,19 +21,19 @@ DOCS = pathlib.Path(REPOSITORY, "docs")
 KEPT = DOCS / "pictures"
 CHANGED = pathlib.Path(os.environ.get("TARNWICK_E2E_RESULTS", ".")) / "changed-pictures"
 
-# Other versions of the toolkit and of the browser draw in other ways.
+# Other versions of Qt and of the browser draw differently.
 DRAWN_ON = "Debian GNU/Linux 12 (bookworm)"
-SKIPPED = 77  # the exit code that ctest reads so
+SKIPPED = 77  # the exit code that CTest treats as skipped
 
 DEVICE = "twqt-1f3a9c42d7e5"
 LIST_SIZE = (1220, 1080)
 FORM_SIZE = (1220, 1300)
-# Two hundredths of the way from black to white: in each of a colour's three parts, nobody sees less than that.
+# Two per cent of each colour channel: a smaller difference is invisible.
 SAME_COLOUR = 5
 
-# In pixels: the letters, their line, and the field's border and padding left of them.
+# In pixels: the font, its lines, and the field's border and padding on the left.
 FONT_SIZE, LINE_HEIGHT, FIELD_BORDER = 14, 18, 15
-# What is the same in all codes, and the widest rest; the letter after the dash may reach over it.
+# The constant part of all codes, and the widest rest, which may overlap the letter after the dash.
 CODE_START, WIDEST_REST = "TWPC", "-WWWWWW"
 PICTURED_CODE = "TWPC-K7M4QX"
 
@@ -71,7 +70,7 @@ class Pictures(Scenario):
         return {names[file.name]: Image.open(file).convert("RGB") for file in folder.iterdir()}
 
     def changing_places(self):
-        """What differs from run to run: link codes are random, and a local service takes whatever port is free."""
+        """What differs in every run: link codes are random, and a local service uses any free port."""
         fields = (self.window.field("Tarnwick URL").extents(), self.window.field("Link code").extents())
         waiting = f"Waiting for approval. Code {CODE_START}", f"{WIDEST_REST} is good for another 9 minutes 59 seconds."
         return (
@@ -89,7 +88,7 @@ class Pictures(Scenario):
         wait_for_stillness(self.desktop, self.window.status).save(path)
 
     def picture_the_pairing_page(self, path):
-        """With a code that is always the same and has all its time left, so that the whole page can be compared."""
+        """With a fixed code that has just been made, so that the whole page can be compared."""
         used = self.window.field("Link code").text()
         self.window.press("Generate Link Code")
         wait_until(lambda: self.window.link_code() != used, "a new link code")
@@ -135,7 +134,7 @@ def look_different(kept, made, changing_places=()):
 
 
 def ink_place(box, border, known, changing):
-    """Where, in a box with a line of text, what follows the known part of the text is drawn."""
+    """In a box with a line of text: the place of the text after its known part."""
     left, top, width, height = box
     start = left + border + round(text_width(known, TEXT_FONT, FONT_SIZE)) + 1
     room = round(text_width(changing, TEXT_FONT, FONT_SIZE)) + 4

@@ -1,4 +1,4 @@
-"""The first use on screens where everything is drawn larger."""
+"""The first use on screens with a larger scale factor."""
 
 import re
 import typing
@@ -10,23 +10,23 @@ from harness.shown_text import shown_controls, shown_texts
 from harness.waiting import wait_until
 from harness.walk_steps import Walk, fill_form
 
-# In the units in which the window is laid out: the size that it opens with, and one that shows either page whole.
+# In layout units: the initial size, and one that shows either page completely.
 OPENING = 1220, 860
 LARGE = 1220, 1300
 
-# What the page of the list has below its edge when the window has just opened.
+# What is below the visible part of the list's page at the initial size.
 BELOW_THE_EDGE = "Tarnwick projects", "Open Selected Project"
 
-# What is another one in each walk: a link code, and the time that it has left.
+# What differs in each walk: a link code, and its remaining time.
 CHANGING = re.compile(r"TWPC-[A-Z2-9]{6} is good for another .*")
 
 
 class Station(typing.NamedTuple):
-    """A moment of the walk at which the window is looked at."""
+    """A moment of the walk at which the window is checked."""
 
-    focused: str  # a button: the focus has to be somewhere, and its mark touches no text there
+    focused: str  # a button: something must have the focus, and its focus frame touches no text there
     size: tuple = OPENING
-    hidden: tuple = BELOW_THE_EDGE  # what is scrolled out of its page
+    hidden: tuple = BELOW_THE_EDGE  # what is scrolled out of the page
 
 
 FIRST_START = Station("Generate Link Code")
@@ -55,7 +55,7 @@ class Scaling(Scenario):
         self.assertEqual(text._replace(box=(0, 0, 15, 15)).fault(picture, 1), "nothing is drawn")
 
     def walk(self, scale):
-        """Walks through a first use, and yields what each station looks like."""
+        """Walks through a first use, and yields what the window looks like at each station."""
         self.set_up_programs(f"walk-{scale}")
         self.client.scale = scale
         self.client.write_state(origin=self.service.address)
@@ -63,7 +63,7 @@ class Scaling(Scenario):
         walk.first_start()
         yield self.look(FIRST_START, scale)
         walk.generate_code()
-        # From here on, another second takes no other room in the sentence.
+        # From here on, the sentence's width does not change with every second.
         self.client.window.wait_for_status(lambda text: "another 9 minutes" in text)
         yield self.look(CODE_SHOWN, scale)
         walk.approve()
@@ -78,7 +78,7 @@ class Scaling(Scenario):
         self.close_window()
 
     def look(self, station, scale):
-        """Role, name and place of all that the window shows whole. Expects every text of it to be drawn whole."""
+        """Role, name and place of all completely visible controls. Expects their texts to be drawn completely."""
         window = self.client.window
         self.assertEqual(window.frame.extents()[2:], station.size)
         window.button(station.focused).take_focus()

@@ -1,4 +1,4 @@
-"""What a screen reader gets from the window's controls, over the accessibility bus."""
+"""What a screen reader gets from the window's controls, through the accessibility bus."""
 
 import unittest
 
@@ -6,8 +6,8 @@ from harness.focus_walker import FocusWalker
 from harness.scenario import Scenario
 from harness.waiting import wait_until
 
-# Role and name of everything that takes the focus. On this system a combo box bears its choice as its name, and the
-# tabs that of the current one; what the combo box is for is said by its label.
+# Role and name of every control that can have the focus. On this system, the name of a combo box is its current item,
+# and that of the tabs is the current tab; a combo box's label says what it is for.
 BOTH_PAGES = [
     ("text", "Tarnwick URL"),
     ("text", "Link code"),
@@ -15,7 +15,7 @@ BOTH_PAGES = [
     ("push button", "Open Public Pairing Page"),
     ("push button", "Refresh"),
     ("push button", "Unlink"),
-    # They say that they take the focus, too, though the list of tabs has it then.
+    # They report that they can have the focus, but the list of tabs has it.
     ("page tab", "Your GDPS List"),
     ("page tab", "Create GDPS"),
 ]

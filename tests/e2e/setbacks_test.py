@@ -1,4 +1,4 @@
-"""What can go wrong on the way: a code that is denied, a link that is revoked, a service that goes away."""
+"""What can go wrong for a user: a code that is denied, a link that is revoked, a service that is stopped."""
 
 import unittest
 
@@ -29,7 +29,7 @@ class Setbacks(Scenario):
         self.browser.open(self.service.address)
         self.browser.press(f"Revoke {DEVICE}")
         self.browser.wait_for_content("No desktop is linked.")
-        # Nobody tells a running client, and it keeps what it has.
+        # A running client is not notified and keeps its token.
         self.assertIn("Signed in as Robin Vale", window.texts())
         self.close_window()
         self.assertIn("access_token", self.client.state())

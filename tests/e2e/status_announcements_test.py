@@ -1,4 +1,4 @@
-"""Each new text in the status card is announced: whoever does not see the card hears of it."""
+"""Each new text in the status card is announced to screen readers."""
 
 import os
 import re
@@ -15,7 +15,7 @@ START, POLL = "/api/pc/link/start", "/api/pc/link/poll"
 SESSION, PROJECTS, CREATE = "/api/pc/me", "/api/pc/instances", "/api/pc/instances/create"
 
 
-# What makes the window say something.
+# What changes the status text.
 
 
 def press(button):
@@ -23,7 +23,7 @@ def press(button):
 
 
 def create(name, accent="#ff8f1f"):
-    """The form is filled in and sent."""
+    """Fills in the form and sends it."""
 
     def fill_in_and_send(test):
         test.window.field("GDPS Name").set_text(name)
@@ -34,22 +34,22 @@ def create(name, accent="#ff8f1f"):
 
 
 def let(path):
-    """The service answers."""
+    """The service replies."""
     return lambda test: test.gate.let_through(path)
 
 
 def answer(path, status, **values):
-    """A service answers otherwise than the local one does by itself."""
+    """The reply is one that the local service never sends."""
     return lambda test: test.gate.answer(path, status, values)
 
 
 def hang_up(path):
-    """The connection ends before there is an answer."""
+    """The connection closes without a reply."""
     return lambda test: test.gate.hang_up(path)
 
 
 def go_away(test):
-    """The service can no longer be reached."""
+    """The service is stopped."""
     test.gate.close()
 
 
@@ -58,7 +58,7 @@ def decide(decision):
 
 
 def revoke(test):
-    """A desktop that is linked anew has its earlier link revoked."""
+    """Links the same device again, which revokes its earlier link."""
     PageVisitor().link(test.service.address, DEVICE)
 
 
@@ -67,11 +67,11 @@ READY = let(START), "Code {code} is ready. Approve it at {host}/link/pc before i
 REFRESHING = press("Refresh"), "Refreshing your Tarnwick projects..."
 CREATING = create("Sunset Arcade"), "Creating your GDPS from the Tarnwick desktop client..."
 
-# The end of a road: another sentence that was announced before would be heard first.
+# The end of a sequence: an earlier, unexpected announcement would be found first.
 NOTHING_ELSE = "nothing else"
 
-# Every sentence of the status card, each after what brings it about, in the order in which a person meets them. {code}
-# is the link code, {host} the service's public name, and … stands for anything, as it does in the user guide.
+# Every text of the status card after its cause, in the order in which a user sees them. {code} is the link code, {host}
+# the service's public host, and … any text, as in the user guide.
 ROADS = {
     "a code is given": [REQUESTING, READY],
     "nobody has decided": [(let(POLL), "Waiting for approval. Code {code} is good for another ….")],
@@ -120,16 +120,16 @@ ROADS = {
     "the desktop is unlinked": [(press("Unlink"), "Tarnwick desktop client unlinked.")],
 }
 
-# These are no changes: they are older than the window, and are read with it.
+# These are no changes: they are set before the window is shown, and are read with it.
 FIRST, FIRST_WHEN_LINKED = "Ready to link your Tarnwick account.", "Checking linked Tarnwick session..."
-# And this one would be the answer to a button that cannot be pressed then.
+# The text for a press of a button that is then disabled.
 NEVER = "Link the desktop client first."
-# The in-process tests of certificates see this one; the service here has none.
+# The in-process tests of certificates check this one; the service here has no certificate.
 INSECURE = "SSL handshake failed: The certificate is self-signed, and untrusted"
 
 
 class StatusAnnouncements(Scenario):
-    """Replies wait at a gate, so that no status text is replaced before it was heard."""
+    """Replies wait at a gate, so that no status text is replaced before it was announced."""
 
     def setUp(self):
         super().setUp()
@@ -197,7 +197,7 @@ class StatusAnnouncements(Scenario):
         self.host = re.search("approve it at (.*)/link/pc", "\n".join(self.window.texts()))[1]
 
     def hear(self, *roads):
-        """Takes the roads, and expects each of their sentences to be announced, and no other one in between."""
+        """Runs the sequences, and expects each of their texts to be announced, and no other one in between."""
         for road in roads:
             if callable(road):
                 road(self)
@@ -210,8 +210,8 @@ class StatusAnnouncements(Scenario):
 
 
 class Announcements:
-    """Collects what a screen reader hears of a label that changes its text. An event says only that the text is new;
-    the text is then asked for, so of two changes in a row both may be heard with the later text.
+    """Collects the announcements of a label's changes. The event says only that the text is new, and the text is then
+    requested; so after two changes in a row, both announcements may have the later text.
     """
 
     def __init__(self, label):
@@ -219,11 +219,11 @@ class Announcements:
         self._heard = []
         self._listener = Atspi.EventListener.new(self._take_note)
         self._listener.register("object:property-change:accessible-name")
-        # When the program has answered once more, it knows that somebody listens.
+        # When the program has replied once more, it knows about the listener.
         label.states()
 
     def next(self):
-        """Waits for the next change, and returns the text that was heard with it."""
+        """Waits for the next change, and returns the announced text."""
         wait_until(lambda: self._heard, "an announcement")
         return self._heard.pop(0)
 
@@ -233,7 +233,7 @@ class Announcements:
 
 
 def sentences_of_the_guide():
-    """What the user guide's table explains, but for the network's and the service's own words."""
+    """The texts in the user guide's table, except those of the network and of the service."""
     with open(os.path.join(REPOSITORY, "docs", "user-guide.md"), encoding="utf-8") as source:
         section = source.read().split("\n## What the status line says\n")[1].split("\n## ")[0]
     lines = re.findall(r"^\| (.*?)(?: \(or .*\))? \|", section, re.MULTILINE)
@@ -241,7 +241,7 @@ def sentences_of_the_guide():
 
 
 def pattern(sentence, **values):
-    """A regular expression for the sentence, with what stands for something else filled in."""
+    """A regular expression for the sentence, with the values filled in."""
     for name, value in values.items():
         sentence = sentence.replace(f"{{{name}}}", str(value))
     return ".+".join(re.escape(part) for part in sentence.split("…"))

@@ -1,4 +1,4 @@
-"""Whoever uses the keyboard must see where they are."""
+"""Keyboard users must see which control has the focus."""
 
 import unittest
 
@@ -7,13 +7,13 @@ from harness.scenario import Scenario
 from harness.screen import contrasting_pixels, screenshot, wait_for_stillness
 from harness.waiting import wait_until
 
-# What accessibility guidelines ask for between the look with the focus and the look without it.
+# The contrast that accessibility guidelines require between the focused and the unfocused look.
 CONTRAST = 3
-# A mark may lie this far outside the control.
+# A focus frame may be this far outside the control.
 MARGIN = 4
-# How far a mark reaches beyond the control, and how much of the window is free below a page.
+# How far a focus frame extends beyond the control, and how much of the window is free below a page.
 MARK, BORDER = 2, 20
-# As the window opens, and high enough for either page to be shown whole.
+# The initial size, and one that shows either page completely.
 USUAL_SIZE, WHOLE_PAGE = (1220, 860), (1220, 1300)
 
 
@@ -35,7 +35,7 @@ class VisibleFocus(Scenario):
 
     def test_a_page_scrolls_to_the_control_that_gets_the_focus_and_its_mark(self):
         self.open(self.start_linked(), USUAL_SIZE, "Create GDPS")
-        # Backwards first: the focus then enters the page at its end, which is out of view.
+        # Backwards first: the focus then enters the page at its end, which is not visible.
         for key in ("shift+Tab", "Tab"):
             places = set()
             for _stop in range(17):
@@ -75,7 +75,7 @@ class VisibleFocus(Scenario):
         self.assertEqual(self.walker.here(), ("text", "Tarnwick URL"))
 
     def expect_mark(self, before):
-        """Moves on, and expects that the next control gets a mark: as much as a line of two pixels along its edge."""
+        """Moves on, and expects a change around the next control: as much as a line of two pixels along its edge."""
         self.walker.move()
         control = self.walker.control()
 
@@ -86,13 +86,13 @@ class VisibleFocus(Scenario):
         return wait_until(marked, f"a visible focus on '{control.title()}'", limit=5)
 
     def in_view(self, control):
-        """Whether all of it, with the mark around it, lies in the part of the window in which a page is shown."""
+        """Whether the control and its focus frame are completely visible in the area of the pages."""
         _left, tabs_top, _width, tabs_height = self.window.tabs().extents()
         _left, top, _width, height = control.extents()
         return tabs_top + tabs_height <= top - MARK and top + height + MARK <= USUAL_SIZE[1] - BORDER
 
     def is_mark(self, box, before, now):
-        """Whether at least as much differs there as a line of two pixels along the box's edge."""
+        """Whether at least the pixels of a line of two pixels along the box's edge have changed."""
         left, top, width, height = box
         left, top = max(left - MARGIN, 0), max(top - MARGIN, 0)
         around = left, top, min(width + 2 * MARGIN, self.width - left), min(height + 2 * MARGIN, self.height - top)

@@ -1,4 +1,4 @@
-"""Walks through the client on a virtual desktop and leaves pictures: first start, code shown, linked, created."""
+"""Walks through the client on a virtual desktop and saves pictures: first start, code shown, linked, created."""
 
 import argparse
 import functools
@@ -13,7 +13,7 @@ from harness.virtual_desktop import VirtualDesktop
 from harness.waiting import WaitedInVain, leaving_an_account
 from harness.walk_steps import Walk
 
-# High enough for the whole project list, which the window shows a part of at its usual height.
+# High enough for the whole project list, which does not fit at the initial size.
 SIZE = 1220, 1080
 
 

@@ -16,23 +16,23 @@ namespace {
 struct AddressRow
 {
     QString origin;
-    /// What the status line has to contain: the words are Qt's own, and their frame changes from version to version.
+    /// What the status line has to contain. The texts are Qt's, and the rest of them varies between versions.
     QString words;
 };
 
 const QString addressRefused = u"Connection refused"_s;
 const QString addressNoHost = u"not found"_s;
 
-/// What every call is put through.
+/// Tested with every call.
 const QList<AddressRow> addressCommonRows{
     {u"https://"_s, addressNoHost},
     {u"127.0.0.1:1"_s, addressRefused},
-    {u"   "_s, u"Host " TARNWICK_PUBLIC_HOST " not found"_s}, // a host that does not exist here
+    {u"   "_s, u"Host " TARNWICK_PUBLIC_HOST " not found"_s}, // this host does not exist
 };
 
 QList<AddressRow> addressRows()
 {
-    // Qt takes a port that is none for the usual one. Without a host, it does not matter who listens there.
+    // Qt replaces an invalid port by the default one. No row has a host that could listen there.
     const QString unknownHost = u"Host nowhere.invalid not found"_s;
     return {{u"http://"_s, addressNoHost},
             {u"http://:80"_s, addressNoHost},
@@ -91,7 +91,7 @@ private Q_SLOTS:
         QTest::newRow("Https") << u"Https"_s;
     }
 
-    /// It gets another one in front, and becomes the host. Where it meant to go is a service that would answer.
+    /// "https://" is put in front of it, so the scheme becomes the host. A service would answer at the real address.
     void anUpperCaseSchemeIsNone()
     {
         QFETCH(QString, scheme);
@@ -144,7 +144,7 @@ private Q_SLOTS:
         const auto posts = std::count_if(requests.begin(), requests.end(),
                                          [](const auto& request) { return request.method == "POST"; });
         QCOMPARE(posts, call == Call::CreateInstance ? 1 : 0);
-        // Qt lets go of a connection on which a redirect came, and asks once more when the next GET was on it already.
+        // Qt closes the connection after a redirect, and repeats the next GET if that was already sent on it.
         const qsizetype steps = qsizetype{1} + QNetworkRequest().maximumRedirectsAllowed();
         QVERIFY(requests.size() >= steps);
         QVERIFY(requests.size() <= steps * 2);

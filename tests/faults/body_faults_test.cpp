@@ -1,4 +1,4 @@
-// Bodies that are not what the service sends.
+// Bodies that a correct service does not send.
 #include "faults/fault_run.h"
 #include "support/client_test.h"
 
@@ -24,7 +24,7 @@ QByteArray bodyOfManyKeys()
     return body + support::json("'message':'the last'}");
 }
 
-/// Every key that is read anywhere, all with the same value.
+/// Every key that the client reads in the body itself, all with the same value.
 QByteArray bodyOfEveryKey(const QByteArray& value)
 {
     return support::json("{'message':?,'error':?,'code':?,'approve_url':?,'access_token':?,'user':?,"
@@ -32,7 +32,7 @@ QByteArray bodyOfEveryKey(const QByteArray& value)
         .replace('?', value);
 }
 
-/// Containers of the right type whose members have the value.
+/// Objects and arrays of the right type whose members have this value.
 QByteArray bodyOfEveryInnerKey(const QByteArray& value)
 {
     return support::json(
@@ -71,7 +71,7 @@ private Q_SLOTS:
         add("UTF-8 cut within a character", "{\"message\":\"\xf0\x9f\x94\"}");
         add("UTF-16", QByteArray("{\0\"\0m\0\"\0:\0\"\0x\0\"\0}\0", 16));
         add("a NUL byte after the object", QByteArray("{\"message\":\"a\"}\0", 16));
-        // These two are objects, but hold nothing that counts.
+        // These two are objects, but without any key that the client reads.
         add("the message further in", support::json("{'data':{'message':'further in'}}"));
         add("other letter case", support::json("{'Message':'large','ERROR':'larger'}"));
     }

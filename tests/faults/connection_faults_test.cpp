@@ -1,4 +1,4 @@
-// Connections that fail in the ways in which networks and servers make them fail.
+// Connections that fail as networks and servers fail.
 #include "faults/fault_run.h"
 #include "support/client_test.h"
 
@@ -44,7 +44,7 @@ Reply connectionPacked(const QByteArray& stream)
 
 QByteArray connectionDeflate(const QByteArray& content)
 {
-    return qCompress(content, 9).sliced(4); // the first four bytes are Qt's own
+    return qCompress(content, 9).sliced(4); // without the length that qCompress() adds
 }
 
 QByteArray connectionWithWrongChecksum(QByteArray stream)
@@ -53,14 +53,14 @@ QByteArray connectionWithWrongChecksum(QByteArray stream)
     return stream;
 }
 
-/// A POST is not sent a second time, and Qt has no words for what keeps it from doing so.
+/// A POST is not sent a second time; Qt has no error text for that.
 Outcome connectionUnanswered(Call call)
 {
     const bool isPost = call == Call::LinkStart || call == Call::CreateInstance;
     return Outcome::failed(0, isPost ? u"Unknown error"_s : connectionClosed);
 }
 
-/// What every call is put through.
+/// Tested with every call.
 QList<ConnectionRow> connectionCommonRows(Call call)
 {
     return {
@@ -73,7 +73,7 @@ QList<ConnectionRow> connectionCommonRows(Call call)
     };
 }
 
-/// The connection ends too early, or what comes on it is no answer.
+/// The connection ends too early, or what arrives is no HTTP reply.
 QList<ConnectionRow> connectionBrokenRows(Call call)
 {
     const Outcome unanswered = connectionUnanswered(call);
@@ -96,7 +96,7 @@ QList<ConnectionRow> connectionBrokenRows(Call call)
     };
 }
 
-/// The body comes in a form that cannot be read.
+/// The body has an encoding that cannot be read.
 QList<ConnectionRow> connectionBodyRows()
 {
     using Fault = Reply::ChunkFault;
@@ -105,7 +105,7 @@ QList<ConnectionRow> connectionBodyRows()
     const Outcome packing = Outcome::failed(200, u"Decompression failed: "_s);
     const QByteArray packed = connectionDeflate(R"({"message":"packed","instances":[{},{}]})");
     return {
-        // Qt takes a size that is no number for the end of the body. What has come by then is no object.
+        // Qt takes an invalid size for the end of the body. What has arrived by then is no JSON object.
         {"a chunk without a size", connectionReply(200).chunked(10, Fault::BadSize), Outcome::success(200)},
         {"a chunk that is too short", connectionReply(200).chunked(10, Fault::ShortChunk).thenClose(), words},
         {"a cut chunk, then a reset", connectionReply(200).chunked(10).cutBodyAfter(8).thenReset(), cut},
@@ -113,13 +113,13 @@ QList<ConnectionRow> connectionBodyRows()
         {"chunks without separators", connectionReply(200).chunked(10, Fault::NoSeparator), Outcome::success(200)},
         {"no last chunk", connectionReply(200).chunked(10, Fault::NoLastChunk).thenClose(), words},
         {"packed, but not really", connectionPacked("not packed"), packing},
-        // Qt does not miss the end of what is packed. What there is of it is no object.
+        // Qt does not notice that the end is missing. What it decompresses is no JSON object.
         {"packed and cut", connectionPacked(packed.chopped(20)), Outcome::success(200)},
         {"packed, with a wrong checksum", connectionPacked(connectionWithWrongChecksum(packed)), packing},
     };
 }
 
-/// Odd, but nothing is missing.
+/// Unusual, but complete.
 QList<ConnectionRow> connectionHarmlessRows()
 {
     const Outcome good = Outcome::success(
@@ -135,7 +135,7 @@ QList<ConnectionRow> connectionHarmlessRows()
         {"a NUL byte in a header", whole.header("X-Odd", QByteArray("a\0b", 3)), good},
         {"a header of 60,000 bytes", whole.header("X-Long", QByteArray(60000, 'x')), good},
         {"told to continue", Reply::raw("HTTP/1.1 100 Continue\r\n\r\n" + whole.bytes()).keepOpen(), good},
-        // Nobody asked for another protocol; the status is no error all the same.
+        // The client did not ask for another protocol, but the status is no error.
         {"another protocol", Reply::empty(101).header("Upgrade", "another").thenClose(), Outcome::success(101)},
     };
 }
@@ -144,8 +144,8 @@ void addConnectionRows(bool isSecure, Call call, const QList<ConnectionRow>& row
 {
     for (const ConnectionRow& row : rows) {
         QTest::addRow("%s%s: %s", support::callName(call), isSecure ? ", TLS" : "", row.name)
-            // The body comes once the client is done with the head. Where an answer ends together with its connection,
-            // Qt counts it as one only if it was reading by then; how fast it gets there is the machine's affair.
+            // The body is sent after the client has read the head. If a reply ends with its connection, Qt only accepts
+            // it if it was already reading, and when it starts to read depends on the machine.
             << isSecure << call << row.reply.holdBody() << row.outcome;
     }
 }
@@ -227,7 +227,7 @@ private Q_SLOTS:
         QVERIFY(run->play(call, Reply::json(500, "{}").keepAliveThenCloseIdle(1)));
         run->check(Outcome::failed(500, u"Tarnwick returned HTTP 500."_s));
         QTRY_COMPARE(run->server.openConnectionCount(), 0);
-        QVERIFY(run->asksAnother()); // by then the client has noticed, too
+        QVERIFY(run->asksAnother()); // by now the client has noticed, too
 
         const int connections = run->server.connectionCount();
         QVERIFY(run->playAgain(Reply::json(200, "{}")));

@@ -33,16 +33,16 @@ bool FaultRun::prepareWhole(Call call)
 {
     m_call = call;
     if (call == Call::Session) {
-        return prepare(call); // the window is made by the call
+        return prepare(call); // the call creates the window
     }
-    // A choice of cores for the form, which is filled in whole.
+    // Several cores for the form, every field of which is filled in.
     server.reply(callPath(Call::Session), Reply::json(200, R"({"available_cores":[{"key":"core-a","label":"Core A"},)"
                                                            R"({"key":"core-b","label":"Core B"}]})"));
     if (!prepare(call)) {
         return false;
     }
     support::fillCreationForm(view());
-    // The test makes the ticks.
+    // Ticks are sent by the test only.
     pollTimer()->setInterval(std::chrono::hours(1));
     pollTimer()->blockSignals(call == Call::LinkStart);
     return true;
@@ -51,13 +51,13 @@ bool FaultRun::prepareWhole(Call call)
 bool FaultRun::carryOut()
 {
     server.forgetRequests();
-    // The window of a session check is made by the call.
+    // For a session check, the call creates the window.
     const WindowSight before = m_call == Call::Session ? WindowSight() : sight();
     bringAbout(m_call);
     m_before = m_call == Call::Session ? sight() : before;
     m_wasUnderWay = sight().value(u"under way"_s) == QLatin1StringView(callName(m_call));
     const QPointer<QNetworkReply> reply = unfinishedReply(window());
-    // A reply is an object of the window until it has been handled, and what it leads to begins before it goes.
+    // The reply is deleted after it has been handled, and by then the next request has been sent.
     return reply && support::waitFor([&reply] { return reply.isNull(); });
 }
 
@@ -97,7 +97,7 @@ WindowSight FaultRun::sight()
     return sight;
 }
 
-/// Qt repeats a GET by itself when its connection ends without an answer; all of them count as one.
+/// Qt repeats a GET by itself when its connection ends without an answer; all of these count as one.
 QList<QByteArray> FaultRun::arrivals(const Outcome& outcome) const
 {
     QList<QByteArray> paths;
@@ -147,7 +147,7 @@ bool FaultRun::asksAnother()
     return isAnswered;
 }
 
-/// Links the client anew: four of the five calls work if this does.
+/// Links the client again: if this works, four of the five calls work.
 bool FaultRun::worksOn()
 {
     server.release(callPath(Call::Instances));
@@ -157,7 +157,7 @@ bool FaultRun::worksOn()
     server.reply(callPath(Call::LinkPoll), Reply::json(200, R"({"access_token":"token-2"})"));
     server.reply(callPath(Call::Session), Reply::json(200, R"({"user":{"display_name":"Bea"}})"));
     server.reply(callPath(Call::Instances), Reply::json(200, R"({"instances":[{},{},{}]})"));
-    pollTimer()->blockSignals(true); // the one tick is made here
+    pollTimer()->blockSignals(true); // the only tick is sent below
     if (!showLinkCode(u"TWPC-TEST02"_s)) {
         return false;
     }

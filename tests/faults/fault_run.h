@@ -6,27 +6,27 @@
 
 namespace faults {
 
-/// One call of a client, made against a service or a network that deals with it as the test says, and a look at all
-/// that has come of it.
+/// One call of a client to a service or over a network that fails as the test says, and checks of everything that this
+/// changes.
 class FaultRun : public support::ClientRun
 {
 public:
     using ClientRun::ClientRun;
 
-    /// Gets the client to the point of the call, has it answered like this, and waits until the answer has been
-    /// handled. What the answer leads to by itself is held back. False when one of the steps fails.
+    /// Prepares the call, replies to it in this way and waits until the reply has been handled. Requests that follow by
+    /// themselves are held. False when one of the steps fails.
     bool play(support::Call call, const support::Reply& reply);
-    /// The same call once more in the same window. Not for a session check.
+    /// Makes the same call again in the same window. Not for a session check.
     bool playAgain(const support::Reply& reply);
-    /// The first with a base URL that leads somewhere else.
+    /// Like play(), with another base URL.
     bool playAt(support::Call call, const QString& origin);
 
-    /// Checks that the call was under way, how it went, and that nothing but what belongs to it has come in.
+    /// Checks that the call was in flight, how it ended, and that only its own requests have arrived.
     void check(const Outcome& outcome);
-    /// The same, and that the client works on.
+    /// The same, and that the client still works afterwards.
     void checkEnd(const Outcome& outcome);
 
-    /// Asks another service, which has its own answer. By the time that it is there, the client has noticed which of
+    /// Sends a request to another service, which has its own reply. When that arrives, the client has noticed which of
     /// its connections have ended.
     bool asksAnother();
 

@@ -1,4 +1,4 @@
-// Texts of the service are shown as they are, whatever is in them and wherever they appear.
+// The service's texts are shown as they are, whatever they contain and wherever they appear.
 #include "support/client_test.h"
 
 #include <QAbstractItemView>
@@ -20,19 +20,19 @@ using support::Reply;
 
 namespace {
 
-/// The processor time that a text may take in one place. A busy machine is no fault.
+/// The processor time that a text may take in one place. A busy machine does not count.
 #if defined(__SANITIZE_ADDRESS__)
 constexpr std::clock_t serviceTextPatience = 20 * CLOCKS_PER_SEC;
 #else
 constexpr std::clock_t serviceTextPatience = 5 * CLOCKS_PER_SEC;
 #endif
 
-/// How long a busy machine may take over what is allowed that much processor time.
+/// How long this may take on a busy machine.
 constexpr int serviceTextWaitMs = 30000;
 
 } // namespace
 
-/// A picture on the disk that tells when it is opened. Linux only: elsewhere it never was.
+/// An image file that records whether it was opened. On Linux only; elsewhere wasOpened() is always false.
 class Lure
 {
 public:
@@ -52,7 +52,7 @@ public:
     }
     Q_DISABLE_COPY_MOVE(Lure)
 
-    /// Since it was last asked.
+    /// Since the last call.
     bool wasOpened() const
     {
         std::array<char, 4096> events{};
@@ -81,11 +81,11 @@ class ServiceTextsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    /// Else the other test would find nothing whatever happened.
+    /// Otherwise the other test could never fail.
     void theLureTellsWhenItIsOpened()
     {
         if (!Lure::isSupported) {
-            QSKIP("This system does not tell who opens a file.");
+            QSKIP("This system does not report when a file is opened.");
         }
         QVERIFY(!lure.wasOpened());
         QLabel label(u"<img src=\"%1\">"_s.arg(lure.path()));
@@ -125,7 +125,7 @@ private Q_SLOTS:
         run.window().resize(1220, 860);
         run.window().show();
         QVERIFY(QTest::qWaitForWindowExposed(&run.window()));
-        lure.wasOpened(); // forgets
+        lure.wasOpened(); // resets it
 
         showAccountAndProjects(run, text);
         QTRY_COMPARE_WITH_TIMEOUT(view.status(), u"Loaded 2 Tarnwick project(s)."_s, serviceTextWaitMs);
@@ -141,11 +141,11 @@ private Q_SLOTS:
         paint(run);
 
         run.server.reply(callPath(Call::LinkStart), Reply::json(200, QJsonObject{{u"code"_s, text}}));
-        // The code is part of each poll's address, for which a server has a limit: there shall be no poll.
+        // The code is part of each poll's address, whose length a server limits: so no poll is sent.
         run.pollTimer()->blockSignals(true);
         run.press(u"Generate Link Code");
         QTRY_VERIFY_WITH_TIMEOUT(view.status().startsWith(u"Code "_s + text + u" is ready."_s), serviceTextWaitMs);
-        // A line field has room for so many characters and no more.
+        // The maximum length of a QLineEdit.
         QCOMPARE(view.line(u"Link code")->text(), text.left(32767));
         paint(run);
 
@@ -154,7 +154,7 @@ private Q_SLOTS:
     }
 
 private:
-    /// Has a code approved, upon which account, cores and projects are shown anew.
+    /// Approves a code; the client then shows the account, cores and projects again.
     void showAccountAndProjects(support::ClientRun& run, const QString& text)
     {
         const QJsonObject user{{u"display_name"_s, text}, {u"plan_name"_s, text}, {u"gdps_limit_label"_s, text}};
@@ -171,7 +171,7 @@ private:
         run.tick();
     }
 
-    /// Paints both pages: that must not take long, move the window's edges or open the lure.
+    /// Paints both pages. This must not take long, resize the window or open the lure.
     void paint(support::ClientRun& run)
     {
         for (const int page : {1, 0}) {
@@ -182,7 +182,7 @@ private:
         checkHarm(run);
     }
 
-    /// Paints the list of the cores, open as a pop-up that is no wider than the screen.
+    /// Paints the open list of cores, a pop-up that must not be wider than the screen.
     void paintOpenCoreList(support::ClientRun& run)
     {
         run.view().tabs()->setCurrentIndex(1);
@@ -196,7 +196,7 @@ private:
             QVERIFY(!cores->view()->window()->grab().isNull());
             cores->hidePopup();
             QCoreApplication::processEvents();
-            // Without a screen, a window cannot be raised, and Qt says so.
+            // The offscreen platform cannot raise a window, and Qt prints that.
             const QStringList printed = messages.messages();
             QVERIFY(std::all_of(printed.begin(), printed.end(), [](const QString& line) {
                 return line.startsWith("This plugin does not support "_L1);

@@ -1,4 +1,4 @@
-// Servers whose identity does not hold, or that speak a TLS too old: nothing of a request may reach them.
+// Servers with an invalid certificate or a TLS version that is too old: no byte of a request may reach them.
 #include "faults/fault_run.h"
 #include "support/client_test.h"
 
@@ -67,7 +67,7 @@ private Q_SLOTS:
         QCOMPARE(bad.httpBytesReceived(), 0);
     }
 
-    /// What the rows above lack is the trust, and nothing else.
+    /// The servers above fail because of their certificates, not for another reason.
     void aTrustedServerIsAsked()
     {
         ScriptedServer& server = servers.at("trusted");

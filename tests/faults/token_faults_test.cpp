@@ -1,4 +1,4 @@
-// Tokens that no service should hand out. They are kept and sent as they came, wherever they came from.
+// Tokens that no service should send. They are kept and sent unchanged, wherever they came from.
 #include "support/client_test.h"
 
 #include <QJsonObject>
@@ -28,7 +28,7 @@ const QList<OddToken> oddTokens{
     {"every kind of blank around it", u"\v\f \u2028\u00a0a\u2029\u0085\t"_s, "a"},
 };
 
-/// From Qt 6.8 on, no header has a value with one of these characters in it: it is left out, and Qt says so.
+/// Since Qt 6.8, a header with one of these characters in its value is left out, and Qt prints a warning.
 const QList<OddToken> controlTokens{
     {"NUL inside", u"a\0b"_s, QByteArray("a\0b", 3)},
     {"a header of its own", u"a\r\nX-Injected: b"_s, "a\r\nX-Injected: b"},
@@ -69,7 +69,7 @@ private Q_SLOTS:
 
     void aTokenWithALineBreakMakesAHeaderOfItsOwnOnPurpose_data() { addTokens(controlTokens); }
 
-    /// Only the service and the state file can put one there, and it goes back to that service.
+    /// Only the service and the state file can contain such a token, and it is sent to that service.
     void aTokenWithALineBreakMakesAHeaderOfItsOwnOnPurpose()
     {
         QFETCH(QString, token);
@@ -90,7 +90,7 @@ private Q_SLOTS:
 #endif
     }
 
-    /// Through a restart and until it is forgotten.
+    /// Also after a restart, until it is removed.
     void aTokenOfTheServiceIsKeptAsItCame()
     {
         support::ClientRun run;
@@ -113,7 +113,7 @@ private Q_SLOTS:
         run.server.forgetRequests();
         run.view().line(u"GDPS Name")->setText(u"Neon Burst"_s);
         run.press(u"Create GDPS");
-        QVERIFY(isSignedIn(run)); // the project list is asked for afterwards
+        QVERIFY(isSignedIn(run)); // the project list is requested afterwards
         checkRequests(run, {Call::CreateInstance, Call::Instances}, sent);
 
         run.press(u"Unlink");

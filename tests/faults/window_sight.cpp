@@ -43,7 +43,7 @@ QString sightEnabledControls(const support::WindowView& view)
     return names.join(u", "_s);
 }
 
-/// The controls that a client enables whose one request under way is that.
+/// The controls that are enabled while this is the only request in flight.
 QString sightEnabledControls(bool isLinked, bool hasProjects, const QString& underWay)
 {
     QStringList names{u"Tarnwick URL"_s, u"Link code"_s,          u"pages"_s,
@@ -89,7 +89,7 @@ WindowSight changesOfFailure(Call call, const Outcome& outcome)
     return changes;
 }
 
-/// Of a body in which the client finds nothing.
+/// For a body in which the client finds nothing.
 WindowSight changesOfBareSuccess(Call call, int status)
 {
     switch (call) {

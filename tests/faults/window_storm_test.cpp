@@ -1,5 +1,5 @@
-// Windows that go while requests of all five kinds are under way: nothing of them runs afterwards. The rows are seeds;
-// TARNWICK_TEST_SEED repeats one.
+// Windows that are destroyed while requests of all five kinds are in flight: none of their handlers runs afterwards.
+// The rows are seeds; TARNWICK_TEST_SEED repeats one.
 #include "support/client_test.h"
 
 #include <QFile>
@@ -25,7 +25,7 @@ constexpr int stormFullRounds = 400;
 constexpr std::size_t stormKinds = 5;
 using KindCounts = std::array<int, stormKinds>;
 
-/// Adds one for each kind of which a request of the window is under way.
+/// Adds one for each kind of request that the window has in flight.
 void stormCount(const QWidget& window, KindCounts& counts)
 {
     const auto replies = window.findChildren<QNetworkReply*>();
@@ -75,7 +75,7 @@ private Q_SLOTS:
             }
             QCOMPARE(tracesOfTheWindow(), QStringList());
         }
-        // Only a poll (1) takes an answer before.
+        // Only a poll (1) needs an earlier reply.
         for (const std::size_t kind : {0U, 2U, 3U, 4U}) {
             QVERIFY(begun.at(kind) > stormRounds / 2);
         }
@@ -103,10 +103,10 @@ private Q_SLOTS:
         }
         for (std::size_t kind = 0; kind < stormKinds; ++kind) {
             QCOMPARE(begun.at(kind), stormFullRounds);
-            // Half of the answers were not let go.
+            // Half of the replies were not released.
             QVERIFY(cutOff.at(kind) > stormFullRounds / 4);
         }
-        // Some of the others had come to their end.
+        // Some of the others had finished.
         QVERIFY(std::accumulate(cutOff.begin(), cutOff.end(), 0) < 5 * stormFullRounds);
     }
 
@@ -128,7 +128,7 @@ private:
         }
     }
 
-    /// Presses every button that sends, and has the code polled for.
+    /// Presses every button that sends a request, and polls for the code.
     void sendEverything()
     {
         run->view().line(u"GDPS Name")->setText(u"Neon"_s);
@@ -140,7 +140,7 @@ private:
         }
     }
 
-    /// A window that shows a code, while every other answer is held back. False when it shows none.
+    /// Starts a window that shows a code, with all other replies held. False if it shows none.
     bool startWithACode()
     {
         for (const Call call : support::allCalls()) {
@@ -153,7 +153,7 @@ private:
         return showsIt;
     }
 
-    /// As many requests of each call as that wait at the service.
+    /// Whether the service holds this many requests of each call.
     bool everyCallIsHeld(qsizetype count) const
     {
         const auto calls = support::allCalls();
@@ -171,10 +171,10 @@ private:
         }
     }
 
-    /// Ends the window. Empty when nothing of it runs from then on.
+    /// Destroys the window. Empty if nothing of it runs afterwards.
     QStringList tracesOfTheWindow()
     {
-        // A handler runs when a reply finishes: no reply does that while the window goes, and none is left afterwards.
+        // Handlers run when a reply finishes. No reply may finish during the destruction, and none may be left.
         QStringList traces;
         const auto replies = run->window().findChildren<QNetworkReply*>();
         std::vector<std::unique_ptr<QSignalSpy>> ends;
@@ -190,7 +190,7 @@ private:
         if (std::any_of(left.begin(), left.end(), [](const auto& reply) { return !reply.isNull(); })) {
             traces.append(u"a reply outlives its window"_s);
         }
-        // The last save was the window's own; a handler that ran now would save once more.
+        // The window itself has saved last; a handler that ran now would save again.
         QFile::remove(run->home().stateFile());
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         QCoreApplication::processEvents();

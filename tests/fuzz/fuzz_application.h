@@ -10,7 +10,7 @@
 
 namespace fuzz {
 
-/// Aborts when something that must hold does not; the input that led to it is kept.
+/// Aborts if a condition is false; the fuzzer then saves the input.
 inline void demand(bool holds, const char* what)
 {
     if (!holds) {
@@ -19,7 +19,7 @@ inline void demand(bool holds, const char* what)
     }
 }
 
-/// What a window needs around it: a home of its own and an application without a screen.
+/// What a window needs: a HOME of its own and an application without a screen.
 class FuzzApplication
 {
 public:

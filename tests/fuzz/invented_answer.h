@@ -11,7 +11,7 @@ using faults::WindowSight;
 using support::Call;
 using Qt::StringLiterals::operator""_s;
 
-/// A finished reply that was never on any wire.
+/// A finished reply that was never sent.
 struct Answer
 {
     int kind = 0;

@@ -1,4 +1,4 @@
-// Hands every file of a folder to a fuzz target, in a build without a fuzzer: what was found once stays mended.
+// Passes every file of a folder to a fuzz target, in builds without a fuzzer: a fault that was fixed must not return.
 #include <cstddef>
 #include <cstdio>
 #include <filesystem>

@@ -1,5 +1,5 @@
-// Hands any reply to the window: the kind, the status, how the transfer ended, and the body. Everything that the reply
-// may change has to be afterwards what the rules make of it.
+// Passes any reply to the window: the kind, the status, how the transfer ended, and the body. Afterwards, everything
+// that a reply may change must be as the rules say.
 #include "fuzz/fuzz_application.h"
 #include "fuzz/invented_answer.h"
 #include "support/client_window.h"
@@ -26,7 +26,7 @@ public:
         if (answer.status != 0) {
             setAttribute(QNetworkRequest::HttpStatusCodeAttribute, answer.status);
         }
-        open(QIODevice::ReadOnly); // forgets an error
+        open(QIODevice::ReadOnly); // resets an error
         if (answer.transferFailed) {
             setError(UnknownNetworkError, QStringLiteral("cut"));
         }
@@ -50,7 +50,7 @@ private:
     qint64 position = 0;
 };
 
-/// A window that waits for nothing. What it sends goes nowhere: its base URL has no host.
+/// A window without requests in flight. Its own requests reach nobody, because its base URL has no host.
 QWidget& idleWindow()
 {
     static const fuzz::FuzzApplication application;
@@ -68,7 +68,7 @@ void handle(QWidget& window, const Answer& answer, const QByteArray& body = {})
     inside.handleReply(new InventedReply(answer, body));
 }
 
-/// Links the window; the controls follow with a reply that is of no kind.
+/// Links the window; a reply without a known kind then updates the controls.
 void link(QWidget& window)
 {
     const WindowInside inside(window);
@@ -77,14 +77,14 @@ void link(QWidget& window)
     handle(window, {.kind = -1, .status = 200, .transferFailed = false, .body = {}});
 }
 
-/// Gives the window a code that is polled for, an account, cores and projects.
+/// Gives the window a code to poll for, an account, cores and projects.
 void furnish(QWidget& window)
 {
     const auto succeed = [&window](Call call, const QByteArray& body) {
         handle(window, {.kind = static_cast<int>(call), .status = 200, .transferFailed = false, .body = {}}, body);
     };
     succeed(Call::LinkStart, R"({"code":"TWPC-0"})");
-    WindowInside(window).setBusy(static_cast<int>(Call::Instances), true); // now the session's success sends nothing
+    WindowInside(window).setBusy(static_cast<int>(Call::Instances), true); // so the session's success sends nothing
     succeed(Call::Session, R"({"user":{"display_name":"Bob"},"available_cores":[{"key":"x"},{"key":"y"}]})");
     succeed(Call::Instances, R"({"instances":[{"slug":"one"},{"slug":"two"}]})");
 }
@@ -129,8 +129,8 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
     if (size < headSize) {
         return -1;
     }
-    // The head is a digit of a kind, or a letter of one whose transfer failed, and three digits of a status, or
-    // whatever is there instead: seeds can be typed.
+    // The head is the kind as a digit, or as a letter if the transfer failed, and the status as three digits, so that
+    // seeds can be typed. Other characters are accepted, too.
     const bool transferFailed = data[0] >= 'A';
     const QByteArray body(reinterpret_cast<const char*>(data) + headSize, static_cast<qsizetype>(size - headSize));
     const Answer answer{.kind = data[0] - (transferFailed ? 'A' : '0'),

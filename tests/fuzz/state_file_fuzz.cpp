@@ -1,4 +1,4 @@
-// Loads any bytes as the state file, and compares what the window takes from them with the plain rule.
+// Loads any bytes as the state file, and compares the loaded texts with an independent statement of the rule.
 #include "fuzz/fuzz_application.h"
 
 #include <QJsonDocument>

@@ -22,7 +22,7 @@ from person import NUMBER, be_known_here, being_person
 SUITES = (roots.BOOKWORM, roots.TRIXIE)
 OLDER_ONLY = "usr/share/doc/tarnwick-client/only-in-the-older-version"
 
-# Of the host, the client gets only the screen, the buses and a browser that records the addresses it should open.
+# The client uses the host's screen, the host's buses and a browser that records the addresses it should open.
 START = """#!/bin/sh
 exec chroot '{root}' setpriv --reuid={number} --regid={number} --clear-groups --pdeathsig=keep \\
     env --unset=FONTCONFIG_FILE PATH=/usr/bin:/bin HOME={home} BROWSER='{browser}' tarnwick-client

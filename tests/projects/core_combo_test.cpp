@@ -4,7 +4,7 @@ using support::Call;
 using support::callPath;
 using support::Reply;
 
-/// The items of the creation form's core list. Which cores there are is the session check's matter.
+/// The items of the creation form's core list. SessionCheckTest tests which cores there are.
 class CoreComboTest : public QObject
 {
     Q_OBJECT

@@ -119,7 +119,7 @@ private Q_SLOTS:
         QVERIFY(run.startSignedIn());
         run.server.forgetRequests();
         QTest::ignoreMessage(QtWarningMsg,
-                             QRegularExpression(u"openUrl.*nobody-opens-this:1"_s)); // the desktop's words
+                             QRegularExpression(u"openUrl.*nobody-opens-this:1"_s)); // printed by QDesktopServices
         run.press(u"Open Selected Project");
         QVERIFY(run.opened.isEmpty());
         QCOMPARE(run.view().status(), u"Loaded 1 Tarnwick project(s)."_s);

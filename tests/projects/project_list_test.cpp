@@ -4,7 +4,7 @@ using support::Call;
 using support::callPath;
 using support::Reply;
 
-/// Fetching the project list: when it is asked for, how a reply is read, what a failure leaves.
+/// Fetching the project list: when it is requested, how a reply is read, what a failure leaves unchanged.
 class ProjectListTest : public QObject
 {
     Q_OBJECT
@@ -42,7 +42,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, instances);
         QFETCH(Rows, rows);
         Run run;
-        // The service's own words are not shown.
+        // The service's own texts are not shown.
         run.server.reply(callPath(Call::Instances),
                          Reply::json(200, R"({"message":"Hello","error":"None","instances":)" + instances + '}'));
         QVERIFY(run.startSignedIn());
@@ -183,7 +183,7 @@ private Q_SLOTS:
         QCOMPARE(run.view().combo(u"Core")->currentText(), u"Core A"_s);
         QCOMPARE(run.savedText(u"access_token"_s), u"token-1"_s);
         QVERIFY(run.view().button(u"Unlink")->isEnabled());
-        // The records behind the rows are the old ones, too.
+        // The old records behind the rows are kept, too.
         run.press(u"Open Selected Project");
         QCOMPARE(run.opened.last(), QUrl(u"https://m.example/b"_s));
     }

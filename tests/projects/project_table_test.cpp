@@ -47,7 +47,7 @@ private Q_SLOTS:
         QCOMPARE(table->item(0, 3)->data(Qt::ForegroundRole).value<QBrush>(), QBrush(colour, Qt::SolidPattern));
     }
 
-    /// A cell of the same status looks the same, and nothing but its colour is set for it.
+    /// Only the status has a role besides its text: the colour.
     void nothingElseIsSetInACell()
     {
         Run run;
@@ -101,7 +101,7 @@ private Q_SLOTS:
         Run run;
         QVERIFY(run.startSignedIn());
         if (!selected) {
-            run.view().table()->clearSelection(); // so that the fill does not change it
+            run.view().table()->clearSelection(); // so that filling the table does not change the selection
         }
         QCOMPARE(run.view().table()->currentRow(), 0);
         QVERIFY(run.view().button(u"Open Selected Project")->isEnabled());
@@ -111,7 +111,7 @@ private Q_SLOTS:
         QVERIFY(!run.view().button(u"Open Selected Project")->isEnabled());
     }
 
-    /// What they come to is the current row's matter; when they are computed anew, the selection's.
+    /// A change of the selection triggers the update; its result depends on the current row only.
     void theControlsAreComputedWhenTheSelectionChanges()
     {
         Run run;

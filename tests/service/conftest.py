@@ -1,4 +1,4 @@
-"""Shared by the service's tests: an application with a clock that tests can set, and its clients."""
+"""Shared by the service's tests: an application with a clock that tests can set, and clients for it."""
 
 import hypothesis
 import pytest
@@ -22,7 +22,7 @@ class Clock:
 
 
 class Visitor:
-    """The desktop client with `get` and `post`, and a web browser with `read` and `send`."""
+    """A desktop client with `get` and `post`, and a web browser with `read` and `send`."""
 
     def __init__(self, store):
         self.client = create_app(store).test_client(use_cookies=False)
@@ -65,7 +65,7 @@ class Visitor:
 
 
 def answer(reply):
-    """Status and sentence of an API reply."""
+    """Status and message of an API reply."""
     return reply.status_code, reply.json["message"]
 
 

@@ -54,7 +54,7 @@ class Program:
 
 
 @pytest.mark.parametrize("number", [signal.SIGINT, signal.SIGTERM])
-def test_a_signal_ends_it_cleanly_whoever_is_connected(number):
+def test_a_signal_ends_it_cleanly_with_open_connections(number):
     with Program() as program, program.connect(b""), program.connect(b"POST / HTTP/1.1\r\nContent-Length: 9\r\n\r\nx"):
         assert program.status("GET", "/") == 200
         assert program.outcome(number) == (0, "GET / 200\n", "")

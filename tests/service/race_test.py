@@ -17,7 +17,7 @@ def visitors(tmp_path):
 
 
 def at_once(visitors, act):
-    """Runs the same act for all visitors at the same time; returns the sorted statuses."""
+    """Runs the same action for all visitors at the same time; returns the sorted statuses."""
     barrier = threading.Barrier(VISITORS)
     with ThreadPoolExecutor(VISITORS) as pool:
         return sorted(pool.map(lambda visitor: [barrier.wait(), act(visitor).status_code][1], visitors))

@@ -1,5 +1,5 @@
-// Disks, folders and files that refuse: the client works on and starts again. The client runs in a process of its own
-// here, for each case takes other rights, limits or disks than the test has.
+// Disks, folders and files that cannot be used: the client keeps working and starts again. The client runs in its own
+// process here, because each case needs other rights, limits or disks than the test.
 #include "support/client_test.h"
 
 #include <QApplication>
@@ -31,7 +31,7 @@ bool stateFaultSetMode(const QString& path, mode_t mode)
     return ::chmod(QFile::encodeName(path).constData(), mode) == 0;
 }
 
-/// The home and all that is in it belong to whom the client is going to be.
+/// Gives the home and everything in it to the user that the client will run as.
 bool stateFaultGiveAway(const support::TemporaryHome& home)
 {
     const QStringList paths = {home.path(), home.path() + u"/Library"_s,
@@ -41,7 +41,7 @@ bool stateFaultGiveAway(const support::TemporaryHome& home)
            });
 }
 
-/// A user's program may not read and write the files of others, as the test might.
+/// Unlike the test, which may be root, a user's program cannot read and write other users' files.
 bool stateFaultWithoutPrivileges()
 {
     return ::geteuid() != 0 || (::setgid(stateFaultSomebody) == 0 && ::setuid(stateFaultSomebody) == 0);
@@ -54,7 +54,7 @@ bool stateFaultWithoutGrowth()
 }
 #endif
 
-/// A disk of two pages, which only this process sees, full but for the name of a file.
+/// A disk of two pages, visible to this process only, with room for a file's name but not for its contents.
 bool stateFaultOnAFullDisk()
 {
 #if defined(Q_OS_LINUX)
@@ -72,7 +72,7 @@ bool stateFaultOnAFullDisk()
         }
     }
     if (!probe.open(mode) || probe.write("x") > 0 || !probe.remove()) {
-        qFatal("The disk has room left."); // a mistake here, and nothing to skip for
+        qFatal("The disk is not full."); // a mistake in this test, no reason to skip it
     }
     return true;
 #else
@@ -91,7 +91,7 @@ bool stateFaultBringAbout(const QByteArray& circumstances)
 #endif
 }
 
-/// The client's process: starts twice and tells on its standard output what each start showed and printed.
+/// The client's process: starts twice and prints on standard output what each start showed and printed.
 int stateFaultClient(int argc, char** argv)
 {
     QString report = stateFaultNoRights;
@@ -158,14 +158,14 @@ private Q_SLOTS:
     {
         const QString report = twoStarts(u"full disk"_s);
         if (report == stateFaultNoRights + u'\n') {
-            QSKIP("Mounting a small disk takes rights that this test does not have.");
+            QSKIP("Mounting a small disk needs rights that this test does not have.");
         }
         QCOMPARE(report, unlinked + unlinked);
-        // The file beneath the disk was out of reach.
+        // The mounted disk hid the original file.
         QCOMPARE(m_home->readState(), m_before);
     }
 
-    /// The file is rewritten in place: what cannot be written is gone.
+    /// The file is rewritten in place, so its old contents are lost when the new ones cannot be written.
     void aLimitOnTheSizeOfFilesStopsNothing()
     {
         QCOMPARE(twoStarts(u"no growth"_s), linked + unlinked);
@@ -174,7 +174,7 @@ private Q_SLOTS:
 #endif
 
 private:
-    /// What two starts of the client, the one after the other, make of the state file there.
+    /// What two starts of the client, one after the other, show and print under these circumstances.
     static QString twoStarts(const QString& circumstances)
     {
         QProcess client;

@@ -1,4 +1,4 @@
-// Nobody else may read the token, not even for the moment between its writing and the narrowing of the file.
+// No other user can read the token, not even between writing it and restricting the file.
 #include "support/client_test.h"
 
 #if defined(Q_OS_LINUX)
@@ -14,8 +14,8 @@
 
 namespace {
 
-/// How often this process has set a file's rights: by the file's path, behind which another file may lie by then, and
-/// on a handle of the file itself.
+/// How often this process has set a file's permissions: by path, which another file may have by then, and by a handle
+/// of the file itself.
 struct RightsCalls
 {
     int byPath = 0;
@@ -24,18 +24,18 @@ struct RightsCalls
 };
 
 RightsCalls rightsCalls;
-// Those that a file had when they were last set on a handle of it.
+// The permissions of a file before they were last set by a handle.
 mode_t rightsBefore = 0;
 constexpr RightsCalls rightsOfASave{.byPath = 0, .byHandle = 1};
 
-/// The system's own function of that name.
+/// The system's own function of this name.
 template <typename Function>
 Function* rightsFunction(const char* name)
 {
     return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
 }
 
-/// What happens to a file or to the files in a folder, in the order in which it happens.
+/// What happens to a file or to the files in a folder, in order.
 class FileWatch
 {
 public:
@@ -70,7 +70,7 @@ public:
 
 } // namespace
 
-// Under the system's names: all libraries of the process find these before the system's own.
+// With the names of the system's functions: all libraries of the process find these functions first.
 extern "C" {
 
 int countedChmod(const char* path, mode_t mode) noexcept __asm__("chmod");
@@ -104,7 +104,7 @@ class StateFileOrderTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    /// Else the other tests would count none whatever happened.
+    /// Otherwise the other tests would always count zero.
     void everySettingOfRightsIsCounted()
     {
         const support::TemporaryHome home;
@@ -133,7 +133,7 @@ private Q_SLOTS:
         window->close();
         QCOMPARE(rightsCalls, rightsOfASave);
         QCOMPARE(rightsBefore, 0666);
-        // Emptied, narrowed, written.
+        // Truncated, restricted, written.
         QCOMPARE(watch.events(), QList<quint32>({IN_MODIFY, IN_ATTRIB, IN_MODIFY}));
     }
 
@@ -148,14 +148,14 @@ private Q_SLOTS:
         window->close();
         ::umask(former);
         QCOMPARE(rightsCalls, rightsOfASave);
-        // Opened before it is narrowed, it could be read ever after: it has to be narrow when it is made.
+        // A process that opened it before it was restricted could read it later, so it must be created restricted.
         QCOMPARE(rightsBefore, 0600);
-        // Made, narrowed, written.
+        // Created, restricted, written.
         QCOMPARE(watch.events(), QList<quint32>({IN_CREATE, IN_ATTRIB, IN_MODIFY}));
     }
 };
 #else
-/// This system does not tell what happens to a file.
+/// This system does not report what happens to a file.
 class StateFileOrderTest : public QObject
 {
     Q_OBJECT

@@ -1,4 +1,4 @@
-// What a start takes from the state file. What was taken shows in the next save.
+// What a start reads from the state file. The next save shows it.
 #include "support/client_test.h"
 
 #include <QDir>
@@ -10,7 +10,7 @@ using support::json;
 
 namespace {
 
-/// The three texts as the next save has them; a null text stands for a key that is not there.
+/// The three texts as the next save writes them; a null text means that the key is missing.
 struct LoadedState
 {
     QString origin;
@@ -23,7 +23,7 @@ struct LoadedState
     }
 };
 
-/// Starts and closes a client. An event loop does not run in between, so a session check gets no answer.
+/// Starts and closes a client. No event loop runs in between, so a session check gets no reply.
 LoadedState loadedFrom(const support::TemporaryHome& home)
 {
     support::newClientWindow()->close();
@@ -34,7 +34,7 @@ LoadedState loadedFrom(const support::TemporaryHome& home)
     return {text(u"origin"_s), text(u"device_id"_s), text(u"access_token"_s)};
 }
 
-// Refuses connections at once, should a linked client get as far as trying.
+// Refuses connections at once, in case a linked client tries to connect.
 const QString loadingOrigin = u"http://127.0.0.1:1"_s;
 
 } // namespace
@@ -117,7 +117,7 @@ private Q_SLOTS:
         home.writeState(json("{'origin':") + origin + json(",'device_id':") + deviceId + json(",'access_token':") +
                         token + '}');
 
-        // The other two are taken all the same.
+        // The other two are still read.
         const LoadedState loaded = loadedFrom(home);
         QCOMPARE(loaded.origin, origin.startsWith("\"http") ? loadingOrigin : support::defaultBaseUrl());
         QCOMPARE(loaded.token, token == json("'t'") ? u"t"_s : QString());
@@ -155,7 +155,7 @@ private Q_SLOTS:
             home.writeState(saved.first(size));
             QVERIFY2(loadedFrom(home).isNothing(), saved.first(size).constData());
         }
-        // Of the last line, only the end may be missing.
+        // Only the last line break may be missing.
         home.writeState(saved.first(objectSize));
         QCOMPARE(loadedFrom(home).token, u"t"_s);
     }
@@ -189,7 +189,7 @@ private Q_SLOTS:
         } else {
             QVERIFY(QFile::link(obstacle, home.stateFile()));
         }
-        // The first start saves at its end, or fails to. The next one works all the same.
+        // The first start saves at its end or fails to. Either way the next one works.
         QStringList deviceIds;
         for (int start = 0; start < 2; ++start) {
             const auto window = support::newClientWindow();
@@ -222,7 +222,7 @@ private Q_SLOTS:
         QTRY_COMPARE(run.server.count(callPath(Call::Instances)), 2);
         QCOMPARE(run.server.requests().constLast().header("Authorization"), "Bearer token-1");
 
-        // The other program's change is lost with the next save.
+        // The next save overwrites the other program's change.
         run.window().close();
         QCOMPARE(run.home().readState(), support::storedState(run.server.origin(), u"token-1"_s));
     }

@@ -1,4 +1,4 @@
-// Where the state file lies.
+// Where the state file is.
 #include "support/client_test.h"
 
 #include <QApplication>
@@ -38,10 +38,10 @@ class StateLocationTest : public QObject
 private Q_SLOTS:
     void init()
     {
-        m_home = std::make_unique<support::TemporaryHome>(); // gives HOME back at its end, whatever a test makes of it
+        m_home = std::make_unique<support::TemporaryHome>(); // restores HOME at the end of the test
         m_formerFolder = QDir::currentPath();
         m_formerTemporaryFolder = QDir::tempPath();
-        // Whatever a relative path leads to stays inside of the test's own folder.
+        // Relative paths stay inside the test's own folder.
         QVERIFY(QDir(m_home->path()).mkdir(u"work"_s));
         QVERIFY(QDir::setCurrent(path(u"work"_s)));
     }
@@ -69,7 +69,7 @@ private Q_SLOTS:
         QFETCH(QString, ending);
         qputenv("HOME", (path(name) + ending).toUtf8());
         const auto window = support::newClientWindow();
-        // Starting makes the folder, and no file.
+        // A start creates the folder, but no file.
         QVERIFY(QDir(locationUnder(path(name))).exists());
         QCOMPARE(locationEntries(locationUnder(path(name))), QStringList());
         window->close();
@@ -117,7 +117,7 @@ private Q_SLOTS:
         QCOMPARE(process.exitStatus(), QProcess::CrashExit);
         QCOMPARE(process.readAllStandardOutput(), QByteArray());
 
-        // With the folder there, the same child starts.
+        // With the folder, the same child starts.
         QVERIFY(QDir().mkpath(path(u"missing"_s)));
         process.start(QCoreApplication::applicationFilePath(), {u"start-only"_s});
         QVERIFY(process.waitForFinished());
@@ -136,16 +136,16 @@ private Q_SLOTS:
             QCOMPARE(support::WindowView(*window).status(), u"Ready to link your Tarnwick account."_s);
             QVERIFY(window->close());
         }
-        // Qt cannot name the folder, so nothing has been saved in it, and nothing in another place either.
+        // Qt cannot represent the folder's name, so nothing was saved, neither there nor anywhere else.
         const std::set<std::filesystem::path> expected = {home, home / "Library", home / "Library/Application Support",
                                                           home / "Library/Application Support/Tarnwick"};
         const std::filesystem::recursive_directory_iterator found(root);
         const bool isAsExpected = std::set<std::filesystem::path>(begin(found), end(found)) == expected;
-        // For the same reason the temporary folder could not be removed with it inside.
+        // For the same reason, the temporary folder could not be removed while it contains this one.
         QVERIFY(std::filesystem::remove_all(home) > 0);
         QVERIFY(isAsExpected);
 #else
-        QSKIP("Other systems do not make such a folder.");
+        QSKIP("Other systems do not create such a folder.");
 #endif
     }
 

@@ -1,4 +1,4 @@
-// The state file holds the token, so nobody but its owner may read it.
+// The state file contains the token, so only its owner may read it.
 #include "support/client_test.h"
 
 #include <QFile>
@@ -11,7 +11,7 @@
 namespace {
 
 #if defined(Q_OS_UNIX)
-/// New files get the rights that this mask leaves, as long as it lives.
+/// New files get the permissions that this mask leaves, for the lifetime of the object.
 class BorrowedUmask
 {
 public:
@@ -23,7 +23,7 @@ private:
     mode_t former;
 };
 
-/// The rights as in `chmod`, in octal.
+/// The permissions as for `chmod`, in octal.
 QByteArray modeOf(const QString& path)
 {
     struct stat entry = {};

@@ -1,5 +1,5 @@
-// The six moments at which the state is saved, and that there is no seventh. The file is taken away before
-// each of them: it is there again exactly when something was saved.
+// The state is saved on six occasions, and on no other. The file is removed before each of them, so it exists
+// afterwards only if the state was saved.
 #include "support/client_test.h"
 
 #include <QFile>
@@ -42,7 +42,7 @@ private Q_SLOTS:
         run.start();
         QVERIFY(momentForget(run));
         run.view().line(u"Tarnwick URL")->setText(run.server.origin() + u"//"_s);
-        // At this very moment the request is made: Qt is asked for it right after.
+        // The button is disabled right before the request is made.
         bool wasSaved = false;
         const support::EnabledWatch watch(run.view().button(u"Generate Link Code"),
                                           [&](bool) { wasSaved = momentHasSaved(run); });
@@ -85,7 +85,7 @@ private Q_SLOTS:
         QVERIFY(run.prepare(Call::LinkPoll));
         QVERIFY(momentForget(run));
         run.server.reply(callPath(Call::LinkPoll), Reply::json(200, R"({"access_token":"  t-2\n"})"));
-        // The check begins by telling the controls: this is when the button is enabled for the first time.
+        // The check starts with updateControls(), which enables the button for the first time.
         QStringList tokens;
         const support::EnabledWatch watch(run.view().button(u"Refresh"),
                                           [&](bool) { tokens.append(run.savedText(u"access_token"_s)); });

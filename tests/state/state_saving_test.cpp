@@ -1,4 +1,4 @@
-// What a save writes, byte for byte, and that nothing stops it or is stopped by it.
+// What a save writes, byte for byte. A failed save stops nothing, and nothing prevents a save.
 #include "support/client_test.h"
 
 #include <QDir>
@@ -60,7 +60,7 @@ private Q_SLOTS:
         view.line(u"Tarnwick URL")->setText(typed);
         window->close();
         QCOMPARE(home.stateObject().value(u"origin"_s).toString(), saved);
-        // Normalising is for the file; the field shows what was typed.
+        // Only the file is normalised; the field shows what was typed.
         QCOMPARE(view.line(u"Tarnwick URL")->text(), typed);
     }
 
@@ -80,7 +80,7 @@ private Q_SLOTS:
         QTest::newRow("the file cannot be opened") << false;
     }
 
-    /// The client goes on with what it has in memory.
+    /// The client keeps working with its state in memory.
     void whatCannotBeSavedIsIgnored()
     {
         QFETCH(bool, isFolderMissing);

@@ -1,4 +1,4 @@
-// The client may be killed at any moment, also in the middle of a save: its next start works all the same.
+// The client may be killed at any moment, even during a save: its next start still works.
 #include "support/client_test.h"
 
 #include <QApplication>
@@ -11,10 +11,10 @@
 
 namespace {
 
-/// Nobody listens there, and nobody has to: no event loop runs.
+/// Nothing listens there, and nothing needs to: no event loop runs.
 const QString survivalOrigin = u"http://127.0.0.1:1"_s;
 
-/// The client's process: saves for ever, each time something of another length.
+/// The client's process: saves in an endless loop, each time with a different length.
 int survivalSaveOn(int argc, char** argv)
 {
     const QApplication application(argc, argv);
@@ -57,14 +57,14 @@ private Q_SLOTS:
         QRandomGenerator random(seed);
         int whole = 0;
         int broken = 0;
-        // Until clients have left enough of both: files that were whole, and files that were not.
+        // Until there were enough of both: complete files and incomplete ones.
         for (int round = 0; round < 2000 && (whole < enough || broken < enough); ++round) {
             const support::TemporaryHome home;
             home.writeState(support::storedState(survivalOrigin, u"token-1"_s));
             QProcess client;
             client.start(QCoreApplication::applicationFilePath(), {u"save-on"_s});
             QVERIFY(client.waitForReadyRead(60000));
-            // The moment is the point here; nothing is waited for.
+            // A random moment is the purpose of this sleep; it does not wait for anything.
             std::this_thread::sleep_for(std::chrono::microseconds(random.bounded(3000)));
             client.kill();
             QVERIFY(client.waitForFinished());

@@ -7,7 +7,7 @@
 
 namespace support {
 
-/// The client's five requests, told apart by what a person does to bring them about.
+/// The client's five requests, named after what causes them.
 enum class Call { LinkStart, LinkPoll, Session, Instances, CreateInstance };
 
 inline QList<Call> allCalls()
@@ -15,14 +15,14 @@ inline QList<Call> allCalls()
     return {Call::LinkStart, Call::LinkPoll, Call::Session, Call::Instances, Call::CreateInstance};
 }
 
-/// A plain name, for data rows.
+/// A readable name, for data rows.
 inline const char* callName(Call call)
 {
     static constexpr std::array names{"link start", "link poll", "session", "instances", "create"};
     return names.at(static_cast<std::size_t>(call));
 }
 
-/// The path that the call goes to.
+/// The path that the call requests.
 inline QByteArray callPath(Call call)
 {
     static constexpr std::array paths{"link/start", "link/poll", "me", "instances", "instances/create"};

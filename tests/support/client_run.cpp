@@ -106,8 +106,8 @@ void ClientRun::sendHeldBodies()
     if (server.heldBodyCount() == 0) {
         return;
     }
-    // Qt's network thread may still be busy with the head, and would take what comes now for part of it. Once it has
-    // brought the answer of another server, it is past that.
+    // Qt's network thread may still be parsing the head, and would take data that arrives now as part of it. When the
+    // reply of another server has arrived, it has finished that.
     m_bystander = std::make_unique<ScriptedServer>();
     auto* network = m_window->findChild<QNetworkAccessManager*>();
     QNetworkReply* answer = network->get(QNetworkRequest(QUrl(m_bystander->origin())));

@@ -15,36 +15,36 @@ class QTimer;
 namespace support {
 
 /**
- * One run of the client with everything around it: service, home, desktop and, once started, the window.
+ * One run of the client with everything around it: service, home, desktop and, after the start, the window.
  *
- * The service answers every call well until the test tells it otherwise: the code is TWPC-TEST01, no poll is ever
- * approved, the account is Ann's and has the core "core-a" and one project, "Neon".
+ * Unless the test says otherwise, the service replies to every call with a success: the code is TWPC-TEST01, a poll is
+ * always pending, the account is Ann's and has the core "core-a" and one project, "Neon".
  */
 class ClientRun
 {
 public:
     ClientRun();
-    /// A service that is reached over TLS.
+    /// With a service that uses TLS.
     explicit ClientRun(const TlsIdentity& identity);
     ~ClientRun();
     Q_DISABLE_COPY_MOVE(ClientRun)
 
-    /// The base URL that the state file names from now on, instead of the server's own.
+    /// Sets the base URL for the state file, instead of the server's own.
     void setOrigin(const QString& origin) { m_origin = origin; }
 
     /// Opens the window of a desktop that is not linked.
     void start();
-    /// Opens the window of a desktop that is linked by the token "token-1". Its session check is on its way.
+    /// Opens the window of a desktop that is linked with the token "token-1". Its session check is in flight.
     void startLinked();
-    /// Opens the window on whatever the state file holds.
+    /// Opens the window with the current state file.
     void startStored();
-    /// The same as a linked one, and waits until the project list has been loaded. False when it is not.
+    /// Like startLinked(), and waits until the project list has been loaded. False if it was not.
     bool startSignedIn();
 
-    /// Goes up to the point at which nothing but the call itself is missing. False when that fails.
+    /// Prepares everything for the call but does not make it. False if that fails.
     bool prepare(Call call);
-    /// Causes the call after a prepare(); nothing has been sent yet when it returns. The body of an answer that is
-    /// held comes once the client is done with the head.
+    /// Makes the call after a prepare(); nothing has been sent yet when it returns. If the reply's body is held, it is
+    /// sent after the client has read the head.
     void bringAbout(Call call);
 
     QWidget& window() { return *m_window; }
@@ -55,24 +55,24 @@ public:
     QString savedText(const QString& key) const;
 
     void press(QStringView buttonText) const { view().button(buttonText)->click(); }
-    /// Presses a button whether it is enabled or not: what it does by itself must hold all the same.
+    /// Presses a button even if it is disabled: the operation itself must be correct then, too.
     void forcePress(QStringView buttonText) const;
 
-    /// The timer that drives the link poll: the only one that belongs to the window itself.
+    /// The timer that triggers the polls: the only one that is a child of the window itself.
     QTimer* pollTimer() const;
-    /// Delivers one tick of it now, which would come by itself a second and a half later.
+    /// Sends one tick of it now, instead of waiting for 1.5 seconds.
     void tick() const;
 
-    /// Presses "Generate Link Code" and waits until the window shows the code that the service hands out.
+    /// Presses "Generate Link Code" and waits until the window shows the code from the service's reply.
     bool showLinkCode(const QString& code, const QString& approveUrl = {});
 
-    /// Shows the code TWPC-1 and makes a poll that is answered so; an approval brings about a session check.
+    /// Shows the code TWPC-1 and makes a poll that gets this reply. An approval starts a session check.
     bool pollWith(const Reply& reply);
-    /// Brings the call about and waits until the service has it. It stays unanswered until it is released.
+    /// Makes the call and waits until the service has received it. It gets no reply until it is released.
     bool holdCall(Call call);
 
-    /// Has one more request made, which is possible in every state, and waits for its answer. Whatever was to
-    /// be sent before is with the service by then.
+    /// Makes one more request, which is possible in every state, and waits for its reply. Everything that was to be
+    /// sent before has arrived by then.
     bool markerComesBack();
 
     ScriptedServer server;

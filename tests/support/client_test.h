@@ -1,6 +1,6 @@
 #pragma once
 
-// The one include of a test of the client: the driver, and what a test asks and waits for.
+// The only include that a test of the client needs.
 #include "support/call.h"
 #include "support/client_run.h"
 #include "support/client_window.h"

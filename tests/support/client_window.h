@@ -11,14 +11,14 @@ class QNetworkReply;
 /**
  * The client, as the tests see it: one widget.
  *
- * Its class exists in one translation unit only, the client's own. client_window.cpp is the one file of the tests that
- * belongs to that unit; everything else links to it and looks from outside.
+ * Its class exists in only one translation unit, the client's. client_window.cpp is the only file of the tests in that
+ * unit; all others link to it and use the window from outside.
  */
 namespace support {
 
 std::unique_ptr<QWidget> newClientWindow();
 
-/// The three texts that the client remembers.
+/// The three texts that the client stores.
 struct SavedTexts
 {
     QString origin;
@@ -26,7 +26,7 @@ struct SavedTexts
     QString token;
 };
 
-/// Single operations of a window, for states that no user's action leads to and for replies that no wire carried.
+/// Single operations of a window, for states that no user can cause and for replies that were never sent.
 class WindowInside
 {
 public:
@@ -40,10 +40,10 @@ public:
     bool isBusy(int kind) const;
     void setBusy(int kind, bool busy) const;
     void handleReply(QNetworkReply* reply) const;
-    /// Asks for the project list, with the token if there is one, at any URL.
+    /// Requests the project list from any URL, with the token if there is one.
     void sendInstances(const QUrl& url) const;
 
-    /// What these two do as long as the widget that they look at has not been built.
+    /// The results of these two while the widget that they check does not exist yet.
     QString baseUrlBeforeItsField() const;
     void updateControlsBeforeTheTable() const;
 

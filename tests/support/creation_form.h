@@ -7,7 +7,7 @@
 
 namespace support {
 
-/// What the fields of the creation form hold. By default that of a new form that has no core to offer.
+/// The contents of the creation form. The defaults are those of a new form without cores.
 struct CreationForm
 {
     QString name;
@@ -20,7 +20,7 @@ struct CreationForm
     bool isListed = true;
     bool isInMaintenance = false;
 
-    /// One line for each.
+    /// One line for each field.
     QStringList words() const
     {
         return {QStringLiteral("name in the form: ") + name,
@@ -48,7 +48,7 @@ inline CreationForm creationFormIn(const WindowView& view)
             .isInMaintenance = view.checkBox(u"Start this GDPS in maintenance mode")->isChecked()};
 }
 
-/// Puts into every field what a new form does not hold; the core is the last one that is offered.
+/// Changes every field from its default; selects the last core.
 inline void fillCreationForm(const WindowView& view)
 {
     view.line(u"GDPS Name")->setText(QStringLiteral("Neon Burst"));

@@ -9,8 +9,8 @@
 
 namespace support {
 
-/// Calls the test at the very moment at which a widget is enabled or disabled, in the midst of the operation
-/// that does it: what has happened by then, came before.
+/// Calls the test when a widget is enabled or disabled, during the operation that does this. So a test can check what
+/// has happened by then.
 class EnabledWatch : public QObject
 {
 public:

@@ -4,7 +4,7 @@
 
 namespace support {
 
-/// JSON with its quotation marks written as apostrophes. (Raw string literals would do, but moc misreads them.)
+/// JSON with apostrophes instead of quotation marks, since moc misreads raw string literals.
 inline QByteArray json(const char* text)
 {
     return QByteArray(text).replace('\'', '"');

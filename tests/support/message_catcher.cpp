@@ -6,7 +6,7 @@ namespace support {
 
 namespace {
 
-/// A message handler is a plain function; this is how it finds the object.
+/// A message handler is a plain function and finds the object through this.
 std::atomic<MessageCatcher*> innermostCatcher = nullptr;
 
 } // namespace
@@ -48,7 +48,7 @@ void MessageCatcher::clear()
 void MessageCatcher::handle(QtMsgType type, const QMessageLogContext& context, const QString& text)
 {
     MessageCatcher* catcher = innermostCatcher;
-    if (type == QtFatalMsg) { // the program ends with it
+    if (type == QtFatalMsg) { // the program ends here
         while (catcher->m_outer != nullptr) {
             catcher = catcher->m_outer;
         }

@@ -7,15 +7,15 @@
 
 namespace support {
 
-/// One message of the logging functions.
+/// A message of qDebug(), qWarning() and the like.
 struct CaughtMessage
 {
     QString category;
     QString text;
 };
 
-/// Catches all messages of qDebug, qWarning and their like, from every thread, while it lives. Objects nest: only the
-/// innermost one gets them.
+/// Catches all messages of qDebug(), qWarning() and the like, from every thread, during its lifetime. Objects can be
+/// nested: only the innermost one gets the messages.
 class MessageCatcher
 {
 public:

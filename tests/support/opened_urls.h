@@ -8,8 +8,8 @@
 
 namespace support {
 
-/// Stands in for the desktop: records the addresses that the program opens instead of starting a browser.
-/// Handles http, https, file and the schemes named by the test; the empty scheme is that of a relative address.
+/// Replaces the desktop's browser: records the addresses that the program opens. Handles http, https, file and the
+/// schemes that the test adds; a relative address has the empty scheme.
 class OpenedUrls : public QObject
 {
     Q_OBJECT
@@ -34,12 +34,12 @@ public:
     QList<QUrl> urls() const { return m_urls; }
     qsizetype count() const { return m_urls.size(); }
     bool isEmpty() const { return m_urls.isEmpty(); }
-    /// The address opened last; an empty one when there is none.
+    /// The address opened last; empty if there is none.
     QUrl last() const { return m_urls.isEmpty() ? QUrl() : m_urls.constLast(); }
     void clear() { m_urls.clear(); }
 
 public Q_SLOTS:
-    /// The desktop services call this by its name.
+    /// QDesktopServices calls this by its name.
     void record(const QUrl& url) { m_urls.append(url); }
 
 private:

@@ -8,19 +8,19 @@
 
 namespace support {
 
-/// The widget as it is drawn, with everything in it.
+/// A picture of the widget with its children.
 inline QImage pictureOf(QWidget* widget)
 {
     return widget->grab().toImage();
 }
 
-/// The colour in the middle of the left side, that many pixels inside, as #rrggbb.
+/// The colour in the middle of the left side, this many pixels from the edge, as #rrggbb.
 inline QString colourInside(const QImage& picture, int inset)
 {
     return picture.pixelColor(inset, picture.height() / 2).name();
 }
 
-/// Whether any pixel has the colour.
+/// Whether any pixel has this colour.
 inline bool hasColour(const QImage& picture, const QString& colour)
 {
     for (int y = 0; y < picture.height(); ++y) {
@@ -33,7 +33,7 @@ inline bool hasColour(const QImage& picture, const QString& colour)
     return false;
 }
 
-/// Characters that fill their cell: a picture of them holds the exact text colour.
+/// Characters that fill their cell, so that a picture of them contains the exact text colour.
 inline QString solidText()
 {
     return QString(4, QChar(0x2588));

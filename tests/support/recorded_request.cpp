@@ -34,7 +34,7 @@ std::optional<RecordedRequest> takeRequest(QByteArray& stream)
     }
     RecordedRequest request;
     const auto lines = stream.first(headSize).replace("\r\n", "\n").split('\n');
-    // The target may hold anything but a space, so the last space is the one before the version.
+    // The target may contain anything except a space, so the last space is before the version.
     const QByteArray& first = lines.constFirst();
     const qsizetype targetAt = first.indexOf(' ') + 1;
     const qsizetype versionAt = first.lastIndexOf(' ') + 1;

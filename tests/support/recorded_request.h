@@ -8,7 +8,7 @@
 
 namespace support {
 
-/// One request as it came in from the wire. Nothing is decoded, trimmed or reordered beyond the split into fields.
+/// One request as received. Nothing is decoded, trimmed or reordered, only split into fields.
 struct RecordedRequest
 {
     using Header = std::pair<QByteArray, QByteArray>;
@@ -19,26 +19,26 @@ struct RecordedRequest
     /// As sent, with the query.
     QByteArray target;
     QByteArray version;
-    /// In wire order; repeated names stay repeated.
+    /// In the order received; a repeated name is in the list several times.
     QList<Header> headers;
     QByteArray body;
-    /// The first connection of a server is 1; requests that share a kept-alive connection share the number.
+    /// The first connection of a server is 1. Requests on the same kept-alive connection have the same number.
     int connection = 0;
 
-    /// The value of the first header of that name in any letter case; empty when there is none.
+    /// The value of the first header with this name in any letter case; empty if there is none.
     QByteArray header(const QByteArray& name) const;
     bool hasHeader(const QByteArray& name) const;
-    /// The target up to the query.
+    /// The target without the query.
     QByteArray path() const { return target.left(queryMark()); }
-    /// The query without its question mark; empty when there is none.
+    /// The query without its question mark; empty if there is none.
     QByteArray query() const { return target.mid(queryMark() + 1); }
 
 private:
     qsizetype queryMark() const { return target.contains('?') ? target.indexOf('?') : target.size(); }
 };
 
-/// Takes the first request off the byte stream of a connection, if it is complete. Bodies are delimited by
-/// Content-Length, which is the only way in which the client's HTTP stack sends one.
+/// Removes the first request from the byte stream of a connection, if it is complete. Bodies are delimited by
+/// Content-Length, because the client's HTTP stack does not send them in another way.
 std::optional<RecordedRequest> takeRequest(QByteArray& stream);
 
 } // namespace support

@@ -84,7 +84,7 @@ ReplyScript Reply::script() const
     script.cutAt = m_cutBodyAfter < 0 ? -1 : headSize + m_cutBodyAfter;
     script.holdAt = m_holdsBody && headSize > 0 ? headSize : -1;
     script.delayMs = m_delayMs;
-    // After a cut or a broken chunk, only the end of the connection tells the client that no more is coming.
+    // After a cut or a broken chunk, only the end of the connection shows the client that no more data follows.
     const bool isBroken = m_cutBodyAfter >= 0 || m_chunkFault != ChunkFault::None;
     script.ending = m_ending.value_or(isBroken ? Ending::Close : Ending::NextRequest);
     script.idleMs = m_idleMs;

@@ -25,7 +25,7 @@ ReplyPlayer::ReplyPlayer(ReplyScript script, QTcpSocket* socket, QObject* parent
 
 void ReplyPlayer::start()
 {
-    // Queued, since a socket may report written bytes from within write().
+    // Queued, since a socket may emit the signal from within write().
     connect(m_socket, &QTcpSocket::bytesWritten, this, &ReplyPlayer::sendMore, Qt::QueuedConnection);
     if (auto* encrypted = qobject_cast<QSslSocket*>(m_socket)) {
         connect(encrypted, &QSslSocket::encryptedBytesWritten, this, &ReplyPlayer::sendMore, Qt::QueuedConnection);
@@ -41,7 +41,7 @@ void ReplyPlayer::release()
 
 void ReplyPlayer::sendMore()
 {
-    // A vanished client ends the play: writing to a closed socket would only print a warning.
+    // Stops when the client is gone: writing to a closed socket would only print a warning.
     while (!m_isFinished && !m_pause.isActive() && m_socket->state() == QAbstractSocket::ConnectedState) {
         if (m_position == m_script.size() && unsentBytes() == 0) {
             m_isFinished = true;
@@ -61,7 +61,7 @@ void ReplyPlayer::sendMore()
     }
 }
 
-/// Where the next block ends at the latest.
+/// The latest end of the next block.
 qint64 ReplyPlayer::nextStop() const
 {
     const DripPace& drip = m_script.drip;
@@ -79,7 +79,7 @@ qint64 ReplyPlayer::nextStop() const
 
 qint64 ReplyPlayer::unsentBytes() const
 {
-    // An encrypting socket empties its own buffer into that of the socket beneath, which has no limit.
+    // A TLS socket empties its own buffer into that of the plain socket, which has no limit.
     const auto* encrypted = qobject_cast<const QSslSocket*>(m_socket);
     return m_socket->bytesToWrite() + (encrypted ? encrypted->encryptedBytesToWrite() : 0);
 }

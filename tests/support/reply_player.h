@@ -9,8 +9,7 @@ class QTcpSocket;
 
 namespace support {
 
-/// Sends one script at its pace. Holds back while the client does not read, so that a huge answer needs
-/// little memory.
+/// Sends one script with its timing. Waits while the client does not read, so that a huge reply needs little memory.
 class ReplyPlayer : public QObject
 {
     Q_OBJECT
@@ -19,7 +18,7 @@ public:
     ReplyPlayer(ReplyScript script, QTcpSocket* socket, QObject* parent);
 
     void start();
-    /// Sends what the script holds back.
+    /// Sends the held part of the script.
     void release();
     bool isHolding() const
     {
@@ -27,7 +26,7 @@ public:
     }
 
 Q_SIGNALS:
-    /// The last byte has been handed to the system.
+    /// The last byte has been passed to the system.
     void finished();
 
 private:

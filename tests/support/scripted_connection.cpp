@@ -15,11 +15,11 @@ namespace support {
 
 namespace {
 
-/// Closes with a TCP reset. Bytes not sent yet are lost.
+/// Closes with a TCP reset. Unsent bytes are lost.
 void resetConnection(QAbstractSocket* socket)
 {
-    // abort() alone still closes in good order when everything has been read and sent. A linger time of zero
-    // is what turns the close into a reset.
+    // abort() alone still closes normally when everything has been read and sent. A linger time of zero turns this into
+    // a reset.
     linger lingering = {};
     lingering.l_onoff = 1;
     lingering.l_linger = 0;
@@ -40,7 +40,7 @@ ScriptedConnection::ScriptedConnection(int number, QTcpSocket* socket, QObject* 
       m_socket(socket)
 {
     m_socket->setParent(this);
-    // A drip has to leave at once; otherwise the system collects small pieces until the last one is acknowledged.
+    // The bytes of a drip have to be sent at once; otherwise the system collects them until it gets an acknowledgement.
     m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
     connect(m_socket, &QTcpSocket::readyRead, this, &ScriptedConnection::readMore);
     connect(m_socket, &QTcpSocket::disconnected, this, [this] {
@@ -51,7 +51,7 @@ ScriptedConnection::ScriptedConnection(int number, QTcpSocket* socket, QObject* 
 
 void ScriptedConnection::begin()
 {
-    // Bytes, or even the end, may have come before anyone listened.
+    // Data, or even the end, may have arrived before the signals were connected.
     readMore();
     if (m_socket->state() == QAbstractSocket::UnconnectedState) {
         Q_EMIT gone();

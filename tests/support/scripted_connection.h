@@ -12,30 +12,30 @@ namespace support {
 
 class ReplyPlayer;
 
-/// One connection of the scripted server: reads requests, and plays the answers in the order of the requests.
+/// One connection of the scripted server: reads requests, and sends the replies in the order of the requests.
 class ScriptedConnection : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Takes the socket over. Call begin() once the signals are connected.
+    /// Takes ownership of the socket. Call begin() after connecting the signals.
     ScriptedConnection(int number, QTcpSocket* socket, QObject* parent);
 
     void begin();
-    /// Answers the request that came due last.
+    /// Replies to the request of the last requestDue().
     void answer(const ReplyScript& script);
-    /// Sends what the answer holds back, if it does.
+    /// Sends the held part of the reply, if there is one.
     void releaseAnswer();
     bool holdsAnswer() const;
-    /// True between two requests.
+    /// True between requests.
     bool isIdle() const { return m_stage == Stage::WaitingForRequest && m_stream.isEmpty(); }
     void close();
 
 Q_SIGNALS:
     void bytesReceived(qint64 count);
-    /// A whole request has come in.
+    /// A complete request has arrived.
     void requestArrived(const support::RecordedRequest& request);
-    /// It is that request's turn to be answered.
+    /// The request is the next one to reply to.
     void requestDue(const support::RecordedRequest& request);
     void gone();
 

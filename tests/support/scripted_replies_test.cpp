@@ -1,4 +1,4 @@
-// Every way in which a scripted reply can go right or wrong, as a network stack and the raw bytes show it.
+// Every way in which a scripted reply can succeed or fail, tested with QNetworkAccessManager and with raw bytes.
 #include "support/client_test.h"
 #include "support/self_test_clients.h"
 #include "support/system_memory.h"
@@ -116,7 +116,7 @@ private Q_SLOTS:
         QTRY_COMPARE(server.openConnectionCount(), 0);
     }
 
-    /// Qt's sockets report a reset and a close alike; the system tells them apart.
+    /// Qt's sockets report a reset like a close; the system distinguishes them.
     void resetsForReal()
     {
 #if defined(Q_OS_UNIX)
@@ -173,7 +173,7 @@ private Q_SLOTS:
         QTRY_COMPARE(server.heldBodyCount(), 2);
         vanishing.vanish();
         QTRY_COMPARE(server.heldBodyCount(), 1);
-        // What has no body waits for nothing, and another client is served meanwhile.
+        // A reply without a body is not held, and other clients get their replies meanwhile.
         RawClient other(server);
         other.sendGet("/empty");
         QTRY_COMPARE(other.received(), Reply::empty(404).bytes());
@@ -196,12 +196,12 @@ private Q_SLOTS:
         QVERIFY(support::peakMemoryBytes() - peakBefore < 64LL * 1024 * 1024);
         reply->abort();
         reply->deleteLater();
-        QTRY_COMPARE(server.openConnectionCount(), 1); // the other's, which is kept
+        QTRY_COMPARE(server.openConnectionCount(), 1); // the other request's, which is kept alive
     }
 
 private:
 #if defined(Q_OS_UNIX)
-    /// Sends the request and reads until the end; returns the error that the system reports for it, or 0.
+    /// Sends the request and reads until the end. Returns the error that the system reports for it, or 0.
     static int endOfConnection(const ScriptedServer& server, const QByteArray& request)
     {
         sockaddr_in address = {};

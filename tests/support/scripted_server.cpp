@@ -15,11 +15,11 @@ namespace support {
 
 namespace {
 
-/// Enough for every client of a crowd to get through before the event loop turns to the server.
+/// Enough for many clients that connect before the server's event loop runs.
 constexpr int serverMostUnaccepted = 500;
 
-/// A server's first message that picks TLS 1.0 and the cipher AES128-SHA. By hand, because a system's TLS library may
-/// refuse to speak that version at all.
+/// A ServerHello that chooses TLS 1.0 and the cipher AES128-SHA. Written by hand, because a system's TLS library may
+/// not support that version any more.
 QByteArray serverOldHello()
 {
     const QByteArray random(32, '\x5a');
@@ -86,7 +86,7 @@ qsizetype ScriptedServer::heldCount(const QByteArray& path) const
 
 void ScriptedServer::releaseBodies()
 {
-    // A copy, here and below: a connection that ends takes itself off the list.
+    // A copy, here and below: a connection that ends is removed from the list.
     for (ScriptedConnection* connection : QList(m_connections)) {
         connection->releaseAnswer();
     }
@@ -121,13 +121,13 @@ void ScriptedServer::stop()
     for (ScriptedConnection* connection : QList(m_connections)) {
         connection->close();
     }
-    qDeleteAll(m_listener->findChildren<QTcpSocket*>(Qt::FindDirectChildrenOnly)); // those that were failed
+    qDeleteAll(m_listener->findChildren<QTcpSocket*>(Qt::FindDirectChildrenOnly)); // those whose handshake failed
 }
 
 void ScriptedServer::begin()
 {
     m_listener->setListenBacklogSize(serverMostUnaccepted);
-    // Unlike newConnection, this signal waits until a connection is past its TLS handshake.
+    // Unlike newConnection, this signal is emitted after the TLS handshake.
     QObject::connect(m_listener.get(), &QTcpServer::pendingConnectionAvailable, m_listener.get(), [this] {
         while (QTcpSocket* socket = m_listener->nextPendingConnection()) {
             m_fault ? failHandshake(socket) : serveHttp(socket);
@@ -180,7 +180,7 @@ void ScriptedServer::failHandshake(QTcpSocket* socket)
             return;
         }
         if (!bytes.startsWith(handshakeRecord)) {
-            m_httpBytesReceived += bytes.size(); // in the clear
+            m_httpBytesReceived += bytes.size(); // unencrypted
             return;
         }
         *hasSeenHello = true;
@@ -190,7 +190,7 @@ void ScriptedServer::failHandshake(QTcpSocket* socket)
     };
     QObject::connect(socket, &QTcpSocket::readyRead, m_listener.get(), read);
     QObject::connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
-    read(); // what came before
+    read(); // what arrived earlier
 }
 
 Reply ScriptedServer::replyTo(const RecordedRequest& request)
@@ -200,7 +200,7 @@ Reply ScriptedServer::replyTo(const RecordedRequest& request)
         if (!route->handler) {
             return route->replies.at(qMin(route->next++, route->replies.size() - 1));
         }
-        handler = route->handler; // a copy: it may replace its own route
+        handler = route->handler; // a copy: the handler may replace its own route
     }
     return handler ? handler(request) : Reply::text(404, "The test has no answer for " + request.path() + '\n');
 }

@@ -19,29 +19,28 @@ namespace support {
 
 class ScriptedConnection;
 
-/// How a server can fail a client that wants to speak TLS.
+/// How a server can fail a TLS handshake.
 enum class HandshakeFault {
-    Silence,    ///< accepts the connection and never says a word
-    OldVersion, ///< agrees to TLS 1.0 only
+    Silence,    ///< accepts the connection and sends nothing
+    OldVersion, ///< chooses TLS 1.0
 };
 
-/// An HTTP server on a loopback port of its own, for tests that look at the client from the wire. It answers
-/// what the test tells it to, records every byte of every request, and can misbehave in most of the ways in
-/// which servers and networks do. It lives in the test's thread: it moves only while that thread runs an
-/// event loop, so wait with QTRY_*.
+/// An HTTP server on its own loopback port, for tests that check what the client sends and receives. It replies as the
+/// test says, records every byte of every request, and can fail in most of the ways in which servers and networks fail.
+/// It lives in the test's thread and works only while that thread runs an event loop, so wait with QTRY_*.
 ///
-/// A request is answered by the route of its path, else by the handler, else with a 404. A client may vanish
-/// at any moment, also while its answer is held, delayed or dripping.
+/// The reply comes from the route of the path, else from the handler, else it is a 404. A client may disconnect at any
+/// time, even while its reply is held, delayed or dripping.
 class ScriptedServer
 {
 public:
     using Handler = std::function<Reply(const RecordedRequest&)>;
 
-    /// Speaks plain HTTP.
+    /// Uses HTTP.
     ScriptedServer();
-    /// Speaks HTTPS.
+    /// Uses HTTPS.
     explicit ScriptedServer(const TlsIdentity& identity);
-    /// Wants to speak HTTPS, and fails every client before a request can be sent.
+    /// Expects HTTPS, and fails every handshake.
     explicit ScriptedServer(HandshakeFault fault);
     ~ScriptedServer();
     Q_DISABLE_COPY_MOVE(ScriptedServer)
@@ -50,42 +49,42 @@ public:
     QString origin(const QString& host = QStringLiteral("127.0.0.1")) const;
     quint16 port() const { return m_port; }
 
-    // What is answered. Paths are given without the query; all of it may change at any time.
+    // Replies. Paths are without the query; everything can be changed at any time.
     void onRequest(Handler handler) { m_handler = std::move(handler); }
     void onRequest(const QByteArray& path, Handler handler) { m_routes.insert(path, Route{std::move(handler), {}, 0}); }
     void reply(const QByteArray& path, const Reply& reply) { replies(path, {reply}); }
     /// One after the other; the last one repeats.
     void replies(const QByteArray& path, const QList<Reply>& replies) { m_routes.insert(path, Route{{}, replies, 0}); }
 
-    // When it is answered. Requests to a held path are recorded and wait; the route counts as it is on release.
+    // Held replies. Requests to a held path are recorded and wait; they get the reply that is set at the release.
     void hold(const QByteArray& path) { m_heldPaths.append(path); }
-    /// Answers what waits, and whatever comes later.
+    /// Sends the waiting replies, and all later ones at once.
     void release(const QByteArray& path);
-    /// How many requests to the path wait with their client still there.
+    /// How many requests to the path are waiting, with their client still connected.
     qsizetype heldCount(const QByteArray& path) const;
-    /// Sends the bodies of the answers that wait after their heads.
+    /// Sends the bodies that are held after their heads.
     void releaseBodies();
-    /// How many answers wait like that.
+    /// How many bodies are held.
     qsizetype heldBodyCount() const;
 
-    // What has come in.
+    // Received requests.
     QList<RecordedRequest> requests() const { return m_requests; }
     QList<RecordedRequest> requests(const QByteArray& path) const;
     qsizetype count() const { return m_requests.size(); }
     qsizetype count(const QByteArray& path) const { return requests(path).size(); }
     void forgetRequests() { m_requests.clear(); }
-    /// Every byte of HTTP that has arrived, of unfinished requests too; over TLS those after decryption.
+    /// All bytes of HTTP received, including those of incomplete requests; over TLS the decrypted ones.
     qint64 httpBytesReceived() const { return m_httpBytesReceived; }
-    /// TCP connections accepted so far, with those that never got through a TLS handshake.
+    /// Accepted TCP connections, including those without a completed TLS handshake.
     int connectionCount() const { return m_connectionCount; }
-    /// Connections now open on which requests can come.
+    /// Open connections that can receive requests.
     qsizetype openConnectionCount() const { return m_connections.size(); }
 
-    // The life of the server.
+    // Connections.
     void closeIdleConnections();
-    /// Closes everything: from now on connections are refused.
+    /// Closes everything; from now on connections are refused.
     void stop();
-    /// Listens again on the former port.
+    /// Listens again on the same port.
     void restart() { listen(); }
 
 private:
@@ -119,7 +118,7 @@ private:
     QList<HeldRequest> m_held;
     QList<RecordedRequest> m_requests;
     QList<ScriptedConnection*> m_connections;
-    // Owns the connections, so it goes first.
+    // Owns the connections, so it is destroyed first.
     std::unique_ptr<QTcpServer> m_listener;
 };
 

@@ -1,4 +1,4 @@
-// What the scripted server records, whom it answers and when: over plain HTTP with a real network stack.
+// What the scripted server records, and to which requests it replies: over HTTP with QNetworkAccessManager.
 #include "support/client_test.h"
 #include "support/self_test_clients.h"
 

@@ -1,4 +1,4 @@
-// The scripted server over TLS: who is let in, who is turned away, and that those never send a byte of HTTP.
+// The scripted server over TLS: which servers the client accepts and which not, and that the latter receive no HTTP.
 #include "support/client_test.h"
 #include "support/self_test_clients.h"
 #include "support/system_memory.h"
@@ -104,7 +104,7 @@ private Q_SLOTS:
         QVERIFY(server.connectionCount() >= 1);
         QCOMPARE(server.httpBytesReceived(), 0);
         support::RawClient client(server);
-        client.sendGet("/"); // HTTP in the clear is noticed
+        client.sendGet("/"); // unencrypted HTTP is counted
         QTRY_VERIFY(server.httpBytesReceived() > 0);
     }
 

@@ -11,7 +11,7 @@ namespace support {
 
 constexpr int selfTestPatienceMs = 20000;
 
-/// What came of one request.
+/// The result of one request.
 struct Fetched
 {
     int status = 0;
@@ -19,7 +19,7 @@ struct Fetched
     QByteArray body;
 };
 
-/// Waits for a reply to end, reads it and deletes it.
+/// Waits until a reply has finished, reads it and deletes it.
 inline Fetched finish(QNetworkReply* reply)
 {
     Fetched fetched{.status = 0, .error = QNetworkReply::UnknownNetworkError, .body = {}};
@@ -32,7 +32,7 @@ inline Fetched finish(QNetworkReply* reply)
     return fetched;
 }
 
-/// Sends a GET and waits for its end. With a timeout the transfer may stand still for that long.
+/// Sends a GET and waits for its end. With a timeout, the transfer may stall for that time.
 inline Fetched fetch(QNetworkAccessManager& network, const QString& url, int timeoutMs = 0)
 {
     QNetworkRequest request{QUrl(url)};
@@ -40,7 +40,7 @@ inline Fetched fetch(QNetworkAccessManager& network, const QString& url, int tim
     return finish(network.get(request));
 }
 
-/// A client that speaks HTTP by hand and keeps what comes back.
+/// A client that sends raw HTTP and keeps what it receives.
 class RawClient : public QObject
 {
 public:
@@ -60,10 +60,10 @@ public:
     void sendGet(const QByteArray& target) { send("GET " + target + " HTTP/1.1\r\nHost: localhost\r\n\r\n"); }
     /// Everything received so far.
     QByteArray received() const { return m_received; }
-    /// In how many pieces it came, at least.
+    /// At least this many pieces were received.
     int receivedPieces() const { return m_pieces; }
     bool isConnected() const { return m_socket.state() == QAbstractSocket::ConnectedState; }
-    /// Goes without a word, as a killed program would.
+    /// Disconnects like a killed program.
     void vanish() { m_socket.abort(); }
 
 private:

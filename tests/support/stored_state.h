@@ -6,7 +6,7 @@
 
 namespace support {
 
-/// The bytes of a state file. A client that finds a token in it starts linked.
+/// The contents of a state file. A client that finds a token in it is linked from the start.
 inline QByteArray storedState(const QString& origin, const QString& token = {},
                               const QString& deviceId = QStringLiteral("desk-1"))
 {

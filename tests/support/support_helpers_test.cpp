@@ -1,4 +1,4 @@
-// The stand-ins for the user's home, desktop and log.
+// The replacements for the user's home, desktop and log.
 #include "support/client_test.h"
 
 #include <QDesktopServices>
@@ -49,7 +49,7 @@ private Q_SLOTS:
             opened.clear();
             QCOMPARE(opened.count(), 0);
         }
-        const MessageCatcher catcher; // the desktop has something to say about an unknown scheme
+        const MessageCatcher catcher; // QDesktopServices prints a message about an unknown scheme
         QVERIFY(!QDesktopServices::openUrl(QUrl(u"odd:2"_s)));
     }
 

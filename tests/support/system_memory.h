@@ -8,8 +8,8 @@
 
 namespace support {
 
-/// The most memory that this process has ever had resident. 0 where the system does not tell, and under a
-/// sanitizer, which keeps freed memory on purpose.
+/// The peak of this process's resident memory. 0 if the system does not report it, and with a sanitizer, which keeps
+/// freed memory on purpose.
 inline qint64 peakMemoryBytes()
 {
 #if defined(Q_OS_UNIX) && !defined(TARNWICK_TEST_SANITIZED)

@@ -8,7 +8,7 @@
 
 namespace support {
 
-/// A HOME of the test's own in a temporary folder. The former HOME, or its absence, comes back with the destructor.
+/// A temporary folder as HOME. The destructor restores the former HOME, or unsets it if there was none.
 class TemporaryHome
 {
 public:
@@ -21,7 +21,7 @@ public:
     }
     ~TemporaryHome()
     {
-        // A test may have taken rights away; the folder could not be removed then.
+        // A folder without permissions, which a test may have left, could not be removed.
         for (const char* folder : {"", "/Library", "/Library/Application Support", folderName}) {
             QFile::setPermissions(path() + QLatin1StringView(folder),
                                   QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
@@ -31,10 +31,10 @@ public:
     Q_DISABLE_COPY_MOVE(TemporaryHome)
 
     QString path() const { return m_folder.path(); }
-    /// Where the client keeps its state file. The folder is the client's, or writeState's, to make.
+    /// The path of the client's state file. The client or writeState() creates its folder.
     QString stateFile() const { return stateFolder() + QStringLiteral("/pc-client-state.json"); }
     QString stateFolder() const { return path() + QLatin1StringView(folderName); }
-    /// Puts these bytes into the state file; the program ends when that is impossible.
+    /// Writes these bytes to the state file; ends the program if that fails.
     void writeState(const QByteArray& raw) const
     {
         QFile file(stateFile());
@@ -42,13 +42,13 @@ public:
             qFatal("Cannot write %s", qPrintable(stateFile()));
         }
     }
-    /// The bytes of the state file; empty when there is none.
+    /// The bytes of the state file; empty if there is none.
     QByteArray readState() const
     {
         QFile file(stateFile());
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
-    /// The state file's JSON object; empty when it holds anything else.
+    /// The state file's JSON object; empty if it contains anything else.
     QJsonObject stateObject() const { return QJsonDocument::fromJson(readState()).object(); }
 
 private:

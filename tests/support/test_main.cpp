@@ -29,8 +29,7 @@ std::map<std::string, ChildProcess>& registeredChildren()
     return children;
 }
 
-/// The one rule of silence: neither the client nor Qt prints anything that a test does not expect. What QtTest noted of
-/// messages stands in its log.
+/// Neither the client nor Qt may print anything that a test does not expect. QtTest writes all messages to its log.
 QStringList unexpectedMessages(const QString& log)
 {
     QFile file(log);

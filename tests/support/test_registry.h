@@ -8,13 +8,13 @@
 #include <string_view>
 
 /**
- * Several test classes are linked into one program and each runs in a process of its own: the program's first argument
- * names the class by its file, "link_poll_test" for link_poll_test.cpp.
+ * Several test classes are linked into one program and each runs in its own process: the program's first argument names
+ * the class by its file, "link_poll_test" for link_poll_test.cpp.
  */
 namespace support {
 
 using TestMaker = std::function<std::unique_ptr<QObject>()>;
-/// A child process of a test: gets what follows its name and returns the exit status.
+/// A child process of a test: gets the arguments after its name and returns the exit status.
 using ChildProcess = std::function<int(int argc, char** argv)>;
 
 struct TestRegistration
@@ -29,9 +29,9 @@ struct ChildRegistration
 
 } // namespace support
 
-/// Makes the class known to the program; at the end of its file, before the .moc.
+/// Registers the class in the program. Put it at the end of the file, before the .moc.
 #define TARNWICK_TEST(Class)                                                                                           \
     static const support::TestRegistration register##Class(__FILE__, [] { return std::make_unique<Class>(); });
 
-/// Makes a function known as a child process that starts as `program NAME ...`. It runs without an application object.
+/// Registers a function as a child process, started as `program NAME ...`. It runs without an application object.
 #define TARNWICK_CHILD(name, function) static const support::ChildRegistration register##function(name, function);

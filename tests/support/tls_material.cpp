@@ -13,7 +13,7 @@ namespace {
 
 constexpr int tlsToolTimeoutMs = 60000;
 
-/// All that the tool needs to know, so that a system's own configuration plays no part.
+/// The tool's whole configuration, so that the system's own is not used.
 constexpr QByteArrayView toolConfiguration(R"([req]
 distinguished_name = name
 prompt = no

@@ -9,14 +9,14 @@
 
 namespace support {
 
-/// What a TLS server shows: its certificate, those that lead up to an authority, and its private key.
+/// What a TLS server uses: its certificate with the chain to an authority, and its private key.
 struct TlsIdentity
 {
     QList<QSslCertificate> chain;
     QSslKey key;
 };
 
-/// Every TLS client of the program trusts the authority for as long as the object lives. Objects nest.
+/// During its lifetime, every TLS client of the program trusts the authority. Objects can be nested.
 class TrustedCa
 {
 public:
@@ -33,8 +33,8 @@ private:
     QSslConfiguration m_former;
 };
 
-/// Certificates for loopback servers, made on demand by the `openssl` command line tool in a folder that goes
-/// away with the object. Making keys takes a moment: keep one object per test program. Check isUsable() first.
+/// Certificates for loopback servers, made on demand by the `openssl` command line tool in a folder that is removed
+/// with the object. Making keys takes a moment, so use one object per test program. Check isUsable() first.
 class TlsMaterial
 {
 public:
@@ -42,13 +42,13 @@ public:
     ~TlsMaterial() = default;
     Q_DISABLE_COPY_MOVE(TlsMaterial)
 
-    /// False when the tool is missing or has failed; errorText() says why.
+    /// False if the tool is missing or has failed; errorText() says why.
     bool isUsable() const { return m_errorText.isEmpty(); }
     QString errorText() const { return m_errorText; }
 
-    /// The authority to trust; it signs every identity below but the self-signed and the unknown one.
+    /// The authority to trust. It signs every identity below except the self-signed and the unknown one.
     QSslCertificate authority() const { return QSslCertificate(read(QStringLiteral("authority.pem"))); }
-    /// The same; ends the program when the tool has failed.
+    /// The same, but ends the program if the tool has failed.
     QSslCertificate usableAuthority() const;
 
     /// For localhost, 127.0.0.1 and ::1.
@@ -57,7 +57,7 @@ public:
     TlsIdentity expired() { return makeLeaf({.fromDay = -30, .untilDay = -1}); }
     TlsIdentity notYetValid() { return makeLeaf({.fromDay = 1, .untilDay = 30}); }
     TlsIdentity wrongHost() { return makeLeaf({.host = QStringLiteral("elsewhere")}); }
-    /// Signed by an authority that nobody trusts.
+    /// Signed by an authority that is not trusted.
     TlsIdentity unknownAuthority();
 
 private:
@@ -79,7 +79,7 @@ private:
     QString m_errorText;
 };
 
-/// A server that every TLS client of the program trusts for as long as the object lives.
+/// During its lifetime, every TLS client of the program trusts a server with this identity.
 class TrustedTls
 {
     TlsMaterial m_material;

@@ -7,13 +7,13 @@
 
 namespace support {
 
-/// Runs the event loop until the condition holds; false when it does not in time. Looks after every event, where
-/// QTest's own way looks every ten milliseconds: that makes a difference of minutes to a table of hundreds of rows.
+/// Runs the event loop until the condition is true; false on a timeout. Checks after every event, while QTest checks
+/// every ten milliseconds: for hundreds of data rows, that makes a difference of minutes.
 template <typename Condition>
 bool waitFor(const Condition& holds, int timeoutMs = 30000)
 {
     const QDeadlineTimer deadline(timeoutMs);
-    QTimer heartbeat; // without events, the deadline is looked at all the same
+    QTimer heartbeat; // to check the deadline even if there are no events
     heartbeat.start(50);
     while (!holds()) {
         if (deadline.hasExpired()) {

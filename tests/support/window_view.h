@@ -13,9 +13,9 @@
 namespace support {
 
 /**
- * The client's window as a person meets it: controls are found by what is written on or beside them.
+ * The client's window as a user sees it: controls are found by the texts on or beside them.
  *
- * Each finder gives null when the window has no such control. The widgets belong to the window.
+ * Each function returns null if the window has no such control. The widgets belong to the window.
  */
 class WindowView
 {
@@ -28,7 +28,7 @@ public:
     QTableWidget* table() const { return root.findChild<QTableWidget*>(); }
     QTabWidget* tabs() const { return root.findChild<QTabWidget*>(); }
 
-    /// The field that a form label names, found as a screen reader finds it.
+    /// The field of a form label, found as a screen reader finds it.
     template <typename Field>
     Field* field(QStringView labelText) const
     {
@@ -39,7 +39,7 @@ public:
     QComboBox* combo(QStringView labelText) const { return field<QComboBox>(labelText); }
     QPlainTextEdit* description() const { return root.findChild<QPlainTextEdit*>(); }
 
-    /// What a GDPS is described and created with, in reading order.
+    /// The fields and the button of the creation form, in reading order.
     QList<QWidget*> creationForm() const
     {
         return {line(u"GDPS Name"),
@@ -54,9 +54,9 @@ public:
                 button(u"Create GDPS")};
     }
 
-    /// The one sentence in the status card.
+    /// The text in the status card.
     QString status() const { return label(QStringLiteral("StatusText"))->text(); }
-    /// The linked account's name, plan and limit, as the card shows them.
+    /// The linked account's name, plan and limit, as shown in the card.
     QStringList account() const
     {
         QStringList texts{label(QStringLiteral("PrimaryValue"))->text()};

@@ -7,7 +7,7 @@ using support::Call;
 using support::callPath;
 using support::Reply;
 
-/// What a screen reader is told, and that texts of the service are shown as they were sent.
+/// Names for screen readers, and the service's texts as plain text.
 class AccessibilityTest : public QObject
 {
     Q_OBJECT
@@ -40,7 +40,7 @@ private Q_SLOTS:
         labels.append(run.view().label(u"StatusText"_s));
         QCOMPARE(labels.size(), 4);
         for (QLabel* label : labels) {
-            // Every character takes up room; as markup, most of them would be gone.
+            // Every character needs space; as markup, most of them would not be drawn.
             label->setWordWrap(false);
             QVERIFY(label->sizeHint().width() >= label->fontMetrics().horizontalAdvance(label->text()));
         }

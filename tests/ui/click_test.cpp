@@ -2,7 +2,7 @@
 
 #include <QSignalSpy>
 
-/// Only a click on a button acts: no press alone, no key in a field, no activated row.
+/// Only a click on a button triggers anything: not a press without a release, a key in a field or an activated row.
 class ClickTest : public QObject
 {
     Q_OBJECT
@@ -75,7 +75,7 @@ private Q_SLOTS:
 private:
     using Run = support::ClientRun;
 
-    /// Shows the window high enough for the whole page, with a form that lacks nothing.
+    /// Shows the window high enough for the whole page, with a complete form.
     static bool showSignedIn(Run& run)
     {
         if (!run.prepare(support::Call::CreateInstance)) {

@@ -8,7 +8,7 @@ using support::Call;
 using support::callPath;
 using support::Reply;
 
-/// Which controls can be used when: a pure function of the link, of what is in flight and of the current row.
+/// Which controls are enabled: this depends only on the link, on the requests in flight and on the current row.
 class ControlsTest : public QObject
 {
     Q_OBJECT
@@ -93,7 +93,7 @@ private Q_SLOTS:
         QCOMPARE(disabledIn(run), QString());
         run.server.hold(callPath(call));
         bringAbout(run, call);
-        if (call != Call::Session) { // that one only follows the answer to a poll
+        if (call != Call::Session) { // the check only follows the reply to a poll
             QCOMPARE(disabledIn(run), during);
         }
         QTRY_COMPARE(run.server.heldCount(callPath(call)), 1);
@@ -104,7 +104,7 @@ private Q_SLOTS:
             run.server.reply(callPath(call), Reply::json(500, R"({"message":"Failed"})"));
         }
         run.server.release(callPath(call));
-        if (call != Call::LinkPoll || status == 500) { // a poll that is still pending says nothing
+        if (call != Call::LinkPoll || status == 500) { // a pending poll does not change the text
             QTRY_VERIFY(run.view().status() != before);
         }
         QTRY_COMPARE(disabledIn(run), after);
@@ -114,7 +114,7 @@ private Q_SLOTS:
     {
         Run run;
         run.startLinked();
-        // No event has been handled since, and the session check is on its way.
+        // No event has been handled since, so the session check is in flight.
         QCOMPARE(disabledIn(run), u"unlink open"_s);
     }
 
@@ -159,7 +159,7 @@ private Q_SLOTS:
 private:
     using Run = support::ClientRun;
 
-    /// Every control that is enabled and disabled, by a short name.
+    /// Every control that can be enabled and disabled, with a short name.
     static QList<std::pair<QString, QWidget*>> controlsIn(const support::WindowView& view)
     {
         return {{u"generate"_s, view.button(u"Generate Link Code")},
@@ -178,8 +178,8 @@ private:
                 {u"public"_s, view.checkBox(u"Show this GDPS in the public recent list")},
                 {u"maintenance"_s, view.checkBox(u"Start this GDPS in maintenance mode")}};
     }
-    /// What cannot be used at the moment: the names of controls, and the classes of whatever else should always be
-    /// enabled. "form" is the creation button with all of its fields.
+    /// What is disabled now: the names of controls, and the classes of all other widgets, which should always be
+    /// enabled. "form" is the creation button with all its fields.
     static QString disabledIn(Run& run)
     {
         QStringList names;
@@ -192,7 +192,7 @@ private:
             }
         }
         for (const QWidget* other : others) {
-            // Qt's own scroll buttons come and go.
+            // Qt shows and hides its scroll buttons itself.
             if (!other->isEnabled() && other->parentWidget()->isEnabled() && !other->inherits("QToolButton")) {
                 names.append(QString::fromLatin1(other->metaObject()->className()));
             }
@@ -200,7 +200,7 @@ private:
         return names.join(u' ').replace(u"create name description emoji accent tags core preset public maintenance"_s,
                                         u"form"_s);
     }
-    /// Brings a signed-in desktop to the point at which the button or the tick is all that is missing.
+    /// Prepares a linked desktop so that only the press or the tick is missing.
     static bool prepare(Run& run, Call call)
     {
         if (!run.startSignedIn() || !run.showLinkCode(u"TWPC-1"_s)) {
@@ -220,7 +220,7 @@ private:
             run.press(u"Generate Link Code");
             break;
         case Call::LinkPoll:
-        case Call::Session: // the approved poll brings about the check
+        case Call::Session: // the approved poll starts the check
             run.tick();
             break;
         case Call::Instances:

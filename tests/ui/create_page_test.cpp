@@ -9,7 +9,7 @@ using support::Call;
 using support::callPath;
 using support::Reply;
 
-/// What the fields of the creation form do with what is typed into them.
+/// How the fields of the creation form treat what is typed into them.
 class CreatePageTest : public QObject
 {
     Q_OBJECT
@@ -36,7 +36,7 @@ private Q_SLOTS:
             const QPointF place = choice->rect().center();
             QWheelEvent turn(place, choice->mapToGlobal(place), {}, {0, -120}, Qt::NoButton, Qt::NoModifier,
                              Qt::NoScrollPhase, false);
-            // Only a wheel event of the desktop is passed on to the widgets behind, and may give the focus.
+            // Only a spontaneous wheel event is passed on to parent widgets and may set the focus.
             QSpontaneKeyEvent::setSpontaneous(&turn);
             qApp->notify(choice, &turn);
         };

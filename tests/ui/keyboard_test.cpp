@@ -14,7 +14,7 @@ using support::Call;
 using support::callPath;
 using support::Reply;
 
-/// The window without a mouse.
+/// Using the window without a mouse.
 class KeyboardTest : public QObject
 {
     Q_OBJECT
@@ -29,12 +29,12 @@ private Q_SLOTS:
         QTest::newRow("linked, list") << true << 0
                                       << link + u"Refresh, Unlink, Your GDPS List, Tarnwick projects, "
                                                 "Open Selected Project"_s;
-        // The tab bar is called by the current tab.
+        // The tab bar's name is the current tab's title.
         QTest::newRow("linked, form") << true << 1
                                       << link + u"Refresh, Unlink, Create GDPS, GDPS Name, Description, Emoji, Accent, "
                                                 "Tags, Core, Preset, Show this GDPS in the public recent list, "
                                                 "Start this GDPS in maintenance mode, Create GDPS"_s;
-        // What is disabled is passed over.
+        // Tab skips what is disabled.
         QTest::newRow("unlinked, list") << false << 0 << link + u"Your GDPS List, Tarnwick projects"_s;
         QTest::newRow("unlinked, form") << false << 1 << link + u"Create GDPS"_s;
     }
@@ -82,7 +82,7 @@ private Q_SLOTS:
         QVERIFY(showActive(run));
         run.window().resize(1060, 760);
         const auto* area = qobject_cast<QScrollArea*>(run.view().tabs()->widget(1));
-        // The description is higher than what may be left for its page; its first line is what counts.
+        // The description may be higher than the viewport; only its first line has to be visible.
         const auto isInView = [area](const QWidget* field) {
             const QSize firstLine(field->width(), qMin(field->height(), 42));
             return area->viewport()->rect().contains(QRect(field->mapTo(area->viewport(), QPoint()), firstLine));
@@ -200,7 +200,7 @@ private Q_SLOTS:
         const auto* frame = run.window().findChild<QFocusFrame*>();
         QCOMPARE(frame->widget(), preset);
         {
-            // A platform without real windows has something to say about a pop-up.
+            // The offscreen platform prints a message about pop-ups.
             const support::MessageCatcher platform;
             preset->showPopup();
             QTRY_VERIFY(preset->view()->hasFocus());
@@ -218,7 +218,7 @@ private:
         run.window().show();
         return QTest::qWaitForWindowActive(&run.window());
     }
-    /// Shows the form's page, too low for the form, and scrolls to its end.
+    /// Shows the form's page in a window that is too low for it, and scrolls to its end.
     static QScrollBar* formScrolledDown(Run& run)
     {
         run.view().tabs()->setCurrentIndex(1);
@@ -229,7 +229,7 @@ private:
         }
         return bar;
     }
-    /// What a person calls the control: its label, else the name that a screen reader is told.
+    /// The control's label, else its accessible name.
     static QString nameOf(QWidget* control)
     {
         const auto labels = control->window()->findChildren<QLabel*>();
@@ -240,7 +240,7 @@ private:
         }
         return QAccessible::queryAccessibleInterface(control)->text(QAccessible::Name);
     }
-    /// The names of the widgets that Tab visits, starting with the focused one, until it is back there.
+    /// The names of the widgets that Tab visits, from the focused one until the focus returns to it.
     static QString visitedWithTab()
     {
         const QWidget* first = QApplication::focusWidget();

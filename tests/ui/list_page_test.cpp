@@ -3,7 +3,7 @@
 #include <QHeaderView>
 #include <QObject>
 
-/// The project table with a project in it.
+/// The project table with one project.
 class ListPageTest : public QObject
 {
     Q_OBJECT
@@ -36,7 +36,7 @@ private Q_SLOTS:
         run.window().resize(1520, 860);
         QTRY_COMPARE(header->length(), before.at(0) + before.at(1) + before.at(2) + before.at(3) + 300);
         QVERIFY(table->columnWidth(0) > before.at(0));
-        // Stretching the last section overrides its own mode, so that column shares what there is to spare.
+        // Stretching the last section overrides its resize mode, so that column gets a part of the spare width.
         QCOMPARE(table->columnWidth(0) + table->columnWidth(3), before.at(0) + before.at(3) + 300);
         QCOMPARE(table->columnWidth(1), before.at(1));
         QCOMPARE(table->columnWidth(2), before.at(2));

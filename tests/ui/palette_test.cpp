@@ -10,7 +10,7 @@
 
 #include <cmath>
 
-/// The application's palette: what the style sheet leaves open fits its colours, on every desktop.
+/// The application's palette: what the style sheet does not style has matching colours, on every desktop.
 class PaletteTest : public QObject
 {
     Q_OBJECT
@@ -38,7 +38,7 @@ private Q_SLOTS:
         for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
             for (int number = 0; number < QPalette::NColorRoles; ++number) {
                 const auto role = static_cast<QPalette::ColorRole>(number);
-                // The sheet derives the colour of a placeholder from its field's.
+                // Qt derives the placeholder's colour from the field's text colour.
                 if (role == QPalette::NoRole || role == QPalette::PlaceholderText) {
                     continue;
                 }
@@ -81,7 +81,7 @@ private Q_SLOTS:
         for (const QColor status : {QColor(0x76, 0xff, 0xa6), QColor(0xf0, 0xc7, 0x9e)}) {
             QVERIFY(contrast(status, palette.color(QPalette::Base)) >= readable);
             QVERIFY(contrast(status, palette.color(QPalette::AlternateBase)) >= readable);
-            QVERIFY(contrast(status, QColor(0x73, 0x33, 0x13)) >= readable); // a selected row's, from the sheet
+            QVERIFY(contrast(status, QColor(0x73, 0x33, 0x13)) >= readable); // a selected row, from the style sheet
         }
     }
 
@@ -95,7 +95,7 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowExposed(&run.window()));
         QComboBox* preset = run.view().combo(u"Preset");
         {
-            // A platform without real windows has something to say about a pop-up.
+            // The offscreen platform prints a message about pop-ups.
             const support::MessageCatcher platform;
             preset->showPopup();
             QTRY_VERIFY(preset->view()->isVisible());
@@ -109,7 +109,7 @@ private Q_SLOTS:
             }
         }
         preset->hidePopup();
-        // The texts are bright, and nothing else is.
+        // Only the texts are bright.
         QVERIFY(bright < image.width() * image.height() / 10);
     }
 
@@ -133,7 +133,7 @@ private:
         return 0.2126 * linear(double(colour.redF())) + 0.7152 * linear(double(colour.greenF())) +
                0.0722 * linear(double(colour.blueF()));
     }
-    /// From 1, no difference, to 21, black on white. Small text is readable from 4.5 on.
+    /// From 1 (equal colours) to 21 (black on white). Small text is readable from 4.5.
     static double contrast(const QColor& one, const QColor& other)
     {
         const double brighter = std::max(luminance(one), luminance(other));

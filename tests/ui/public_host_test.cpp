@@ -1,5 +1,5 @@
-// Every text and address that names the service's host names the one that the client was built for. Part of the program
-// that is built for another one.
+// Every text and address with the service's host has the host that the client was built for. This test is in the
+// program that is built for another host.
 #include "support/client_test.h"
 
 #include <QLabel>

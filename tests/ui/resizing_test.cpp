@@ -12,7 +12,7 @@ using support::Call;
 using support::callPath;
 using support::Reply;
 
-/// Who gets the room when the window grows, and what becomes of the fields when it is small.
+/// Which widgets grow with the window, and what size the fields have in a small window.
 class ResizingTest : public QObject
 {
     Q_OBJECT
@@ -143,7 +143,7 @@ private Q_SLOTS:
             bottom = qMax(bottom, field->mapTo(inside, QPoint(0, field->height())).y());
         }
         QVERIFY(bottom <= inside->height());
-        // Whatever does not fit can be scrolled to.
+        // Everything that does not fit can be scrolled to.
         QCOMPARE(page(run, 1)->verticalScrollBar()->maximum(),
                  qMax(0, inside->height() - page(run, 1)->viewport()->height()));
         QCOMPARE(page(run, 1)->horizontalScrollBar()->maximum(), 0);
@@ -185,7 +185,7 @@ private Q_SLOTS:
 
 private:
     using Run = support::ClientRun;
-    /// Tall enough for everything, so that no page scrolls.
+    /// High enough for everything, so that no page scrolls.
     static constexpr QSize roomy{1220, 1400};
 
     static bool showAt(Run& run, const QSize& size)
@@ -194,7 +194,7 @@ private:
         run.window().show();
         return QTest::qWaitForWindowExposed(&run.window()) && resizeTo(run, size);
     }
-    /// Resizes and waits until every page has been laid out anew.
+    /// Resizes and waits until every page has its new layout.
     static bool resizeTo(Run& run, const QSize& size)
     {
         run.window().resize(size);

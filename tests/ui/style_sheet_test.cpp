@@ -45,7 +45,7 @@ private Q_SLOTS:
             u"QTableWidget::item:selected { background: #733313; color: #fff4de; }"_s};
         Run run;
         run.start();
-        // White space has no meaning.
+        // White space is insignificant.
         QCOMPARE(qApp->styleSheet().simplified().replace(u"} "_s, u"}\n"_s).split(u'\n'), stated);
         QCOMPARE(run.window().styleSheet(), QString());
     }

@@ -17,7 +17,7 @@ using support::pictureOf;
 using support::Reply;
 using support::solidText;
 
-/// What style sheet and palette make of the project table, as a picture shows it.
+/// How the style sheet and the palette make the project table look, in pixels.
 class TableLooksTest : public QObject
 {
     Q_OBJECT
@@ -114,7 +114,7 @@ private Q_SLOTS:
         QCOMPARE(table->currentRow(), 0);
         QVERIFY(!inkOf(0).isEmpty());
         QCOMPARE(inkOf(1), inkOf(0));
-        // The sheet's padding on both sides, and Qt's own margin; the text is shown whole.
+        // The style sheet's padding on both sides plus Qt's own margin; the text is not elided.
         QVERIFY(inkOf(1).left() >= 8);
         QVERIFY(inkOf(1).right() < table->columnWidth(1) - 8);
         QVERIFY(inkOf(1).width() >= table->fontMetrics().horizontalAdvance(solidText()) - 2);

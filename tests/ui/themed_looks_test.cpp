@@ -12,7 +12,7 @@ using support::hasColour;
 using support::pictureOf;
 using support::solidText;
 
-/// What the style sheet makes of the widgets, as a picture shows it.
+/// How the style sheet makes the widgets look, in pixels.
 class ThemedLooksTest : public QObject
 {
     Q_OBJECT
@@ -142,7 +142,7 @@ private Q_SLOTS:
             };
             QCOMPARE(colourOf(selected), u"#5d280f"_s);
             QCOMPARE(colourOf(1 - selected), u"#311106"_s);
-            // The border is above the tab only.
+            // Only the tab's upper edge is tested: it has a border, and the lower edge has none.
             const QRect tab = bar->tabRect(selected);
             QCOMPARE(picture.pixelColor(tab.center().x(), tab.top()).name(), u"#7d3d0c"_s);
             QCOMPARE(picture.pixelColor(tab.center().x(), tab.bottom()).name(), u"#5d280f"_s);
@@ -157,7 +157,7 @@ private Q_SLOTS:
 private:
     using Run = support::ClientRun;
 
-    /// Shows the window high enough for every page to fit.
+    /// Shows the window high enough for both pages.
     static bool showRoomy(Run& run, int page)
     {
         run.view().tabs()->setCurrentIndex(page);

@@ -68,7 +68,7 @@ QString factText(const QVariant& value)
 
 Facts propertiesOf(const QObject* object)
 {
-    // Mouse tracking and a viewport's font may be left behind by a style sheet that is gone.
+    // A former style sheet may have changed mouse tracking and a viewport's font.
     static const QSet<QByteArray> leftOut{"objectName",
                                           "geometry",
                                           "frameGeometry",
@@ -110,7 +110,7 @@ Facts propertiesOf(const QObject* object)
     return facts;
 }
 
-/// An item of a list, or a section of a header: its text, and every other role that has a value.
+/// An item of a combo box or a section of a header: its text, and every other role that has a value.
 QString rolesOf(const std::function<QVariant(int)>& dataOf)
 {
     QStringList texts;
@@ -147,7 +147,7 @@ void addFacts(Facts& facts, const QTabBar* bar)
     }
 }
 
-/// What a widget keeps beside its properties.
+/// Facts about a widget that are not properties.
 Facts otherFactsOf(const QWidget* widget)
 {
     Facts facts{{u"disabled"_s, factText(widget->testAttribute(Qt::WA_ForceDisabled))},
@@ -173,7 +173,7 @@ Facts otherFactsOf(const QWidget* widget)
     return facts;
 }
 
-/// What a layout keeps beside its properties, or only in those of some classes.
+/// Facts about a layout that are not properties, or not in all classes.
 Facts otherFactsOf(const QLayout* layout)
 {
     Facts facts{{u"disabled"_s, factText(!layout->isEnabled())}};

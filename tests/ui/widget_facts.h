@@ -6,12 +6,12 @@
 
 namespace support {
 
-/// What is different about a widget or a layout from another one, its properties first: ": readOnly true; maxLength 6",
-/// or nothing. Left out are sizes and positions, and what else follows from other properties.
+/// How a widget or layout differs from another one, properties first: ": readOnly true; maxLength 6", or nothing.
+/// Leaves out sizes, positions, and whatever follows from other properties.
 QString differences(const QWidget* found, const QWidget* newOne);
 QString differences(const QLayout* found, const QLayout* newOne);
 
-/// The keys of a value of one of Qt's enumerations: "AlignLeft|AlignTop".
+/// The names of an enumeration's value: "AlignLeft|AlignTop".
 QString keysOf(Qt::Alignment alignment);
 
 } // namespace support

@@ -47,11 +47,11 @@ NewWidget newWithText(const QString& text)
 NewWidget newCombo(const QString& /*text*/)
 {
     auto combo = std::make_unique<QComboBox>();
-    combo->view(); // makes the list
+    combo->view(); // creates the list
     return combo;
 }
 
-/// A new widget of the class, made with the same arguments.
+/// A new widget of the same class, constructed with the same arguments.
 NewWidget newWidgetLike(const QWidget* widget)
 {
     static const std::map<std::string, NewWidget (*)(const QString&)> makers{
@@ -89,7 +89,7 @@ QLayout* newLayoutLike(const QLayout* layout, QWidget* parent)
                                                                : new QHBoxLayout(parent);
 }
 
-/// Scroll bars and scroll buttons come and go with the sizes, and the button in a table's corner with the headers.
+/// Qt shows and hides these itself: scroll bars and scroll buttons, and the corner button of a table.
 bool isQtsOwnAffair(const QWidget* widget)
 {
     static const QStringList names{u"qt_scrollarea_hcontainer"_s, u"qt_scrollarea_vcontainer"_s, u"ScrollLeftButton"_s,
@@ -118,7 +118,7 @@ QString inWords(const QWidget* widget)
     return words;
 }
 
-/// Where a layout holds its item.
+/// The position of an item in its layout.
 QString placeOf(const QLayout* layout, int index)
 {
     QString words;
@@ -185,7 +185,7 @@ private:
         }
     }
 
-    /// A widget that is part of another one, unless there is nothing to tell about it.
+    /// A child widget that Qt itself creates; left out if there is nothing to say about it.
     void addQtsWidget(QWidget* widget, QWidget* newOne, int depth)
     {
         if (isQtsOwnAffair(widget)) {

@@ -7,10 +7,10 @@ class QWidget;
 namespace support {
 
 /**
- * A window in words: a line for each widget and layout in it, indented under what holds it.
+ * A window as text: one line for each widget and layout, indented below its parent.
  *
- * A line names class, object name, text, form label and place, and then whatever differs from a new object of the
- * class. What Qt itself puts into a widget has a line only if there is something to tell about it.
+ * A line has the class, object name, text, form label and position, then whatever differs from a new object of the
+ * class. A widget that Qt itself creates inside another one has a line only if there is something to say about it.
  */
 QStringList widgetTree(QWidget* window);
 

@@ -8,7 +8,7 @@
 #include <QObject>
 #include <QProxyStyle>
 
-/// Everything in a new window, and everything about it that is not as Qt makes it.
+/// Every widget and layout in a new window, and everything in which they differ from Qt's defaults.
 class WindowTreeTest : public QObject
 {
     Q_OBJECT
@@ -17,7 +17,7 @@ private Q_SLOTS:
     void init()
     {
         m_folder = QDir::currentPath();
-        QDir::setCurrent(QDir::tempPath()); // no logo is found from there
+        QDir::setCurrent(QDir::tempPath()); // no logo is found there
         m_style = QApplication::style()->name();
         QApplication::setStyle(new OtherDesktop);
     }
@@ -34,7 +34,7 @@ private Q_SLOTS:
         Run run;
         run.setOrigin(u"hosting.example//"_s);
         run.start();
-        // What the window sets by itself: the sheet would hide fonts and colours.
+        // Only what the window sets itself: the style sheet would hide fonts and colours.
         qApp->setStyleSheet({});
         QFile table(QFINDTESTDATA("new_window.txt"));
         QVERIFY(table.open(QIODevice::ReadOnly));
@@ -45,7 +45,7 @@ private Q_SLOTS:
     }
 
 private:
-    /// A desktop whose defaults are none of the values that the client sets itself.
+    /// A desktop whose defaults differ from all values that the client sets itself.
     class OtherDesktop : public QProxyStyle
     {
     public:

@@ -1,9 +1,9 @@
-// The attainable limit: the client's own widget tree, palette and style sheet, compiled from its own files, with no
-// logic behind them. No state file, no network, no logo; the buttons do nothing.
+// The attainable limit: the client's own widget tree, palette and style sheet, compiled from its own files, without any
+// logic. No state file, no network, no logo; the buttons do nothing.
 //
-// BENCH_SHEET is 0 in the program that shows what the sheet takes, BENCH_LOGO and BENCH_NETWORK are 1 in those that
-// show what the logo and the network library add. The latter asks for an address when it is given one, and does nothing
-// with the answer.
+// BENCH_SHEET is 0 in the program that shows the cost of the style sheet. BENCH_LOGO and BENCH_NETWORK are 1 in those
+// that show the cost of the logo and the network library. With BENCH_NETWORK and an address as argument, the program
+// sends one request and ignores the reply.
 
 #include "app/tarnwick_client_window.h"
 

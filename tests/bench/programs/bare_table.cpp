@@ -1,5 +1,5 @@
-// What a list of projects costs at least: the same reply over the same network library, parsed the same way, put into
-// a table without a style sheet in one go.
+// The minimum cost of a list of projects: the same reply over the same network library, parsed in the same way, put
+// into a table without a style sheet at once.
 //
 //   bare_table ADDRESS
 

@@ -1,5 +1,5 @@
-// The limit that no program of the toolkit can beat: a window of the client's size with nothing in it, or with one line
-// of text, for which the fonts have to be looked up.
+// The limit that no program of the toolkit can beat: a window of the client's size that is empty or has one line of
+// text, for which the fonts have to be looked up.
 //
 //   empty_window [TEXT]
 

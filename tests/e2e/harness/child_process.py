@@ -1,4 +1,4 @@
-"""Processes that the tests start, and that never outlive them."""
+"""Processes that the tests start. They never outlive the tests."""
 
 import atexit
 import contextlib
@@ -13,13 +13,13 @@ _running = []
 
 
 class ChildProcess:
-    """A program with its output in a file. It leads a process group, so that its own helpers end with it."""
+    """A program with its output in a file. It leads a process group, so that its own child processes end with it."""
 
     def __init__(self, arguments, output, environment=None, folder=None):
         self.name = os.path.basename(arguments[0])
         self._output = pathlib.Path(output)
         with open(output, "wb") as sink:
-            # Whatever happens to the test, the program ends with it.
+            # The program ends with the test, even if the test is killed.
             self._process = subprocess.Popen(
                 ["setpriv", "--pdeathsig", "KILL", *arguments],
                 stdin=subprocess.DEVNULL,
@@ -40,7 +40,7 @@ class ChildProcess:
         return self._process.poll()
 
     def wait_for_line(self, prefix, limit=15.0):
-        """The rest of the first whole line of its output that starts with the prefix."""
+        """The rest of the first complete line of its output that starts with the prefix."""
 
         def rest():
             for line in self.text().splitlines(keepends=True):
@@ -53,13 +53,13 @@ class ChildProcess:
         return wait_until(rest, f"a line '{prefix}' from {self.name}", limit)
 
     def wait_for_end(self, limit=15.0):
-        """Its exit code."""
+        """Returns its exit code."""
         wait_until(lambda: self.exit_code() is not None, f"the end of {self.name}", limit)
         self._forget()
         return self.exit_code()
 
     def end(self):
-        """Asks it to end, and ends it when it does not."""
+        """Asks it to end, and kills it if it does not."""
         if self not in _running:
             return
         self._process.terminate()
@@ -72,19 +72,19 @@ class ChildProcess:
 
     def _forget(self):
         with contextlib.suppress(ProcessLookupError, PermissionError):
-            os.killpg(self.pid, signal.SIGKILL)  # helpers that it left behind
+            os.killpg(self.pid, signal.SIGKILL)  # child processes that it left behind
         if self in _running:
             _running.remove(self)
 
 
 def end_all():
-    """Ends every program that still runs, the youngest first."""
+    """Ends every program that is still running, the newest first."""
     for process in reversed(list(_running)):
         process.end()
 
 
 def _leave(_number, _frame):
-    # The one exception that a test runner does not take for a failed test.
+    # A test runner does not treat this exception as a failed test.
     raise KeyboardInterrupt
 
 

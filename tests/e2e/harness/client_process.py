@@ -1,4 +1,4 @@
-"""The client, as a process of its own, started as a person starts it."""
+"""The client as a separate process, started as a user starts it."""
 
 import itertools
 import json
@@ -10,7 +10,7 @@ from harness.child_process import ChildProcess
 from harness.client_window import ClientWindow
 from harness.control import unless_gone
 
-# What the toolkit prints when the desktop's accessibility registry is too slow to take a key event.
+# Printed by Qt when the desktop's accessibility registry is too slow to accept a key event.
 _SLOW_REGISTRY = ("QSpiApplication::keyEventError", "QSpiApplication::notifyKeyboardListenerCallback")
 
 STATE_FILE = os.path.join("Library", "Application Support", "Tarnwick", "pc-client-state.json")
@@ -20,21 +20,21 @@ _run_numbers = itertools.count(1)
 
 
 def write_state(home, **state):
-    """Leaves in a HOME what the client remembers of an earlier time."""
+    """Writes a state file as an earlier run of the client would leave it."""
     file = pathlib.Path(home, STATE_FILE)
     file.parent.mkdir(parents=True, exist_ok=True)
     file.write_text(json.dumps(state), encoding="utf-8")
 
 
 class ClientProcess:
-    """One run of the client in a HOME of its own. `start` opens the window, `window` reads it."""
+    """One run of the client with its own HOME. `start` opens the window, `window` reads it."""
 
     def __init__(self, program, desktop, home):
         self.home = os.path.abspath(home)
         self.state_file = os.path.join(self.home, STATE_FILE)
         self._program = os.path.abspath(program)
         self._desktop = desktop
-        self.scale = 1  # how much larger than usual everything is drawn
+        self.scale = 1  # the scale factor
         self._process = None
         self._end_awaited = False
         self.window = None
@@ -58,7 +58,7 @@ class ClientProcess:
         )
         self._end_awaited = False
         self.window = None
-        # Before the window is looked for: that may be what fails.
+        # Before the search for the window, which may fail.
         if self._report not in waiting.failure_reporters:
             waiting.failure_reporters.append(self._report)
         self.window = ClientWindow(self._process.pid)
@@ -69,7 +69,7 @@ class ClientProcess:
         return self._process.pid
 
     def left_open(self):
-        """Whether there is a run for whose end nobody has waited."""
+        """Whether there is a run whose end has not been awaited."""
         return self._process is not None and not self._end_awaited
 
     def exit_code(self):
@@ -77,13 +77,13 @@ class ClientProcess:
         return self._process.exit_code()
 
     def wait_for_end(self):
-        """Waits until the client has ended by itself; returns its exit code."""
+        """Waits until the client has ended by itself. Returns its exit code."""
         code = self._process.wait_for_end()
         self._end_awaited = True
         return code
 
     def kill(self):
-        """Ends the client from outside if it still runs. No failure from here on is about it."""
+        """Kills the client if it still runs. Later failures do not report on it."""
         if self._process is not None:
             self._process.end()
             self._end_awaited = True
@@ -91,7 +91,7 @@ class ClientProcess:
             waiting.failure_reporters.remove(self._report)
 
     def printed(self):
-        """Everything that the last run wrote on its standard output and error, but for two complaints of Qt's."""
+        """Everything that the last run wrote to standard output and error, except two warnings from Qt."""
         lines = self._process.text().splitlines(keepends=True)
         return "".join(line for line in lines if not line.startswith(_SLOW_REGISTRY))
 

@@ -3,12 +3,12 @@
 from harness.control import Atspi, Control, unless_gone
 from harness.waiting import NotThere, wait_until
 
-# What a card is depends on the version of Qt.
+# The role of a card depends on the version of Qt.
 _CARDS = ("frame", "panel")
 
 
 class ClientWindow:
-    """Controls are found by role and name, as their user tells them apart."""
+    """Finds controls by role and name, as a user distinguishes them."""
 
     def __init__(self, pid, limit=20.0):
         self.frame = wait_until(lambda: _window_of(pid), "the client's window on the accessibility bus", limit)
@@ -18,27 +18,27 @@ class ClientWindow:
         self.status()
 
     def status(self):
-        """The sentence in the status card."""
+        """The text in the status card."""
         text = self.status_label.name
-        # A program that is just ending has no texts any more.
+        # A program that is about to end has no texts any more.
         self.last_status = text or self.last_status
         return text
 
     def wait_for_status(self, expected, limit=15.0):
-        """Waits for a status text: a text to match whole, or a function that judges one."""
+        """Waits for a status text: a complete text, or a function that checks it."""
         fits = expected if callable(expected) else lambda text: text == expected
         what = "a fitting status text" if callable(expected) else f"the status text '{expected}'"
         wait_until(lambda: fits(self.status()), what, limit)
 
     def find(self, role, name):
-        """The one control of that role and name."""
+        """The only control with that role and name."""
         return self._first(lambda control: control.role == role and control.name == name, f"no {role} named '{name}'")
 
     def button(self, name):
         return self.find("push button", name)
 
     def field(self, label):
-        """The control that a form label names."""
+        """The control of a form label."""
         fields = self.find("label", label).relation("label-for")
         if not fields:
             raise NotThere(f"no field labelled '{label}'")
@@ -51,7 +51,7 @@ class ClientWindow:
         return self.find("table", "Tarnwick projects")
 
     def press(self, name):
-        """Presses a button as soon as it may be pressed. The focus comes along, as it does under a mouse."""
+        """Presses a button as soon as it is enabled. It also gets the focus, as with a mouse."""
         wait_until(lambda: self.button(name).enabled(), f"an enabled button '{name}'")
         self.button(name).take_focus()
         self.button(name).do("Press")
@@ -61,11 +61,11 @@ class ClientWindow:
         return wait_until(lambda: self.field("Link code").text(), "a link code")
 
     def wait_for_projects(self, *names):
-        """Waits until the table lists just these projects, in this order."""
+        """Waits until the table lists exactly these projects, in this order."""
         wait_until(lambda: [row[0] for row in self.table().rows()] == list(names), f"the projects {names}")
 
     def focused(self):
-        """The control that the keyboard talks to."""
+        """The control with the keyboard focus."""
         return self._first(Control.focused, "no control has the focus")
 
     def open_tab(self, name):
@@ -73,7 +73,7 @@ class ClientWindow:
         wait_until(lambda: self.tabs().name == name, f"the page '{name}'")
 
     def texts(self):
-        """Every text that is shown on a label."""
+        """The texts of all labels."""
         names = [
             unless_gone(lambda control=control: control.name if control.role == "label" else None)
             for control in self.frame.descendants()
@@ -87,7 +87,7 @@ class ClientWindow:
         raise NotThere(otherwise)
 
     def _find_status_label(self):
-        """The status card is the only card that holds one text and nothing else."""
+        """The status card is the only card with nothing but one label in it."""
         for control in self.frame.descendants():
             children = control.children() if control.role in _CARDS else []
             if len(children) == 1 and children[0].role == "label":
@@ -96,7 +96,7 @@ class ClientWindow:
 
 
 def _window_of(pid):
-    """The window that a process shows; None while there is none."""
+    """The visible window of a process; None if there is none."""
     desktop = Control(Atspi.get_desktop(0))
     for application in desktop.children():
         if unless_gone(application.accessible.get_process_id) == pid:

@@ -1,4 +1,4 @@
-"""One control of a window, as a screen reader meets it."""
+"""One control of a window, as a screen reader sees it."""
 
 import warnings
 
@@ -12,15 +12,15 @@ from harness.waiting import NotThere  # noqa: E402
 
 Atspi.set_timeout(5000, 5000)
 
-# Newer versions of the accessibility library call some roles differently.
+# Newer versions of the accessibility library have other names for some roles.
 _FORMER_NAMES = {"button": "push button"}
 
-# The current tab and the current cell always claim the focus, and so does the tabs' box instead of its tab bar.
+# The current tab and cell always report the focus. The box around the tabs reports it instead of the tab bar.
 _FALSE_CLAIMS = ("page tab", "table cell", "filler")
 
 
 def unless_gone(question, otherwise=None):
-    """The answer to a question about an object that its program may just have taken away."""
+    """Calls the function; returns `otherwise` if the object that it asks about no longer exists."""
     try:
         return question()
     except GLib.Error:
@@ -28,7 +28,7 @@ def unless_gone(question, otherwise=None):
 
 
 class Control:
-    """Wraps an accessible object. Every question goes to the program: remembered answers would be old ones."""
+    """Wraps an accessible object. Asks the program every time, since cached answers may be outdated."""
 
     def __init__(self, accessible):
         self.accessible = accessible
@@ -44,7 +44,7 @@ class Control:
         return self.accessible.get_name()
 
     def title(self):
-        """What its user calls it: the label beside it, or else its own name."""
+        """What a user calls it: the text of its label, else its own name."""
         labels = self.relation("labelled-by")
         return labels[0].name if labels else self.name
 
@@ -57,7 +57,7 @@ class Control:
         return "enabled" in self.states()
 
     def focused(self):
-        """Whether the keyboard talks to this control."""
+        """Whether this control has the keyboard focus."""
         return self.role not in _FALSE_CLAIMS and "focused" in self.states()
 
     def children(self):
@@ -66,7 +66,7 @@ class Control:
         return [Control(child) for child in children if child is not None]
 
     def descendants(self):
-        """Everything inside, without what lists and tables make up for each visit and soon forget again."""
+        """All descendants, except those of lists and tables, which Qt creates on demand and soon deletes."""
         for child in unless_gone(self.children, []):
             role = unless_gone(lambda child=child: child.role)
             if role is not None:
@@ -80,7 +80,7 @@ class Control:
         return box.x, box.y, box.width, box.height
 
     def relation(self, kind):
-        """The controls that are related to this one, such as by 'labelled-by'."""
+        """The controls with a relation to this one, such as 'labelled-by'."""
         for relation in self.accessible.get_relation_set():
             if relation.get_relation_type().value_nick == kind:
                 return [Control(relation.get_target(index)) for index in range(relation.get_n_targets())]
@@ -88,7 +88,7 @@ class Control:
 
     def actions(self):
         with warnings.catch_warnings():
-            # The library's notes call this one deprecated in favour of itself.
+            # The binding wrongly reports this function as deprecated.
             warnings.simplefilter("ignore", DeprecationWarning)
             return [self.accessible.get_action_name(index) for index in range(self.accessible.get_n_actions())]
 
@@ -104,7 +104,7 @@ class Control:
 
     def text(self):
         """The contents of a text field."""
-        # By its interface: newer versions have another get_text of the object itself.
+        # Through the interface: in newer versions the object itself has a different get_text.
         return Atspi.Text.get_text(self.accessible, 0, self.accessible.get_character_count())
 
     def set_text(self, text):
@@ -112,7 +112,7 @@ class Control:
             raise NotThere(f"{self} does not take a text")
 
     def choices(self):
-        """What a combo box offers."""
+        """The items of a combo box."""
         return [item.name for box in self.children() if box.role == "list" for item in box.children()]
 
     def rows(self):

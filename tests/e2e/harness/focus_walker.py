@@ -1,9 +1,9 @@
-"""Walks through a window with the keyboard and keeps track of where the focus goes."""
+"""Moves through a window with the keyboard and keeps track of the focus."""
 
 from harness.control import Atspi, Control, unless_gone
 from harness.waiting import wait_until
 
-# More stops than any page of the window has; a walk that is longer goes in circles.
+# More than any page has; after so many, the focus is going round in circles.
 _MOST_STOPS = 30
 
 
@@ -24,13 +24,13 @@ class FocusWalker:
         return wait_until(self._place, "a control with the focus")
 
     def move(self, key="Tab"):
-        """Presses the key, waits until the focus is somewhere else and tells where."""
+        """Presses the key, waits until the focus is somewhere else, and returns where."""
         before = self.here()
         self._desktop.press(key)
         return wait_until(lambda: self._elsewhere(before), f"the focus to leave {before} after {key}")
 
     def round_trip(self, key="Tab"):
-        """The titles of all stops, from here until the focus is back."""
+        """The titles of all controls from here until the focus is back."""
         start = self.here()
         stops = [start]
         while len(stops) < _MOST_STOPS:
@@ -41,7 +41,7 @@ class FocusWalker:
         raise AssertionError(f"{key} does not lead back to {start}: {stops}")
 
     def go_to(self, title, key="Tab"):
-        """Presses the key until the control of that title has the focus."""
+        """Presses the key until the control with that title has the focus."""
         passed = [self.here()]
         while passed[-1][1] != title:
             if len(passed) > _MOST_STOPS:
@@ -49,7 +49,7 @@ class FocusWalker:
             passed.append(self.move(key))
 
     def switch_page(self, key, title):
-        """Presses an arrow key on the tabs, and waits until the page of that title is the current one."""
+        """Presses an arrow key on the tabs, and waits until the page with that title is the current one."""
         self._desktop.press(key)
         wait_until(lambda: self._place() == ("page tab list", title), f"the page '{title}' after {key}")
 
@@ -63,11 +63,11 @@ class FocusWalker:
         return place if place != before else None
 
     def _focused(self):
-        # Asking the last one that came forward is much quicker than asking every control of the window.
+        # Asking the control that was announced last is much faster than asking every control of the window.
         return self._announced() or self._window.focused()
 
     def _announced(self):
-        """The last control that said it had got the focus, if it still has it."""
+        """The last control that was announced as focused, if it still has the focus."""
         latest = self._latest
         return latest if latest is not None and unless_gone(latest.focused, False) else None
 

@@ -1,4 +1,4 @@
-"""A gate between the client and the service, for looking at the window while a request is under way."""
+"""A proxy between the client and the service, to check the window while a request is in flight."""
 
 import collections
 import contextlib
@@ -9,13 +9,13 @@ import queue
 import threading
 import urllib.parse
 
-# A request that waits longer than this was forgotten by its test.
+# A test has forgotten a request that waits longer than this.
 _LIMIT = 60
 
 
 class Gate:
-    """Holds every request until the test says what becomes of one to its path: a request that waits already, or the
-    next one that comes.
+    """Holds every request until the test decides what happens to one with its path: to a waiting request, or to the
+    next one that arrives.
     """
 
     def __init__(self, service):
@@ -29,20 +29,20 @@ class Gate:
         self.address = f"http://127.0.0.1:{self._server.server_port}"
 
     def let_through(self, path):
-        """The service answers."""
+        """The service replies."""
         self._server.verdicts[path].put(_Handler.ask)
 
     def answer(self, path, status, values):
-        """The service never hears of it: the answer is this status with these values as JSON."""
+        """The service does not get the request: the reply has this status and these values as JSON."""
         reply = status, "application/json", json.dumps(values).encode()
         self._server.verdicts[path].put(lambda _handler, _body: reply)
 
     def hang_up(self, path):
-        """The connection ends without an answer."""
+        """The connection closes without a reply."""
         self._server.verdicts[path].put(lambda _handler, _body: None)
 
     def close(self):
-        """From now on nobody answers, not even the requests that wait: as when a service goes away."""
+        """From now on no request gets a reply, not even a waiting one, as if the service had been stopped."""
         if self._server.closed:
             return
         self._server.shutdown()
@@ -56,7 +56,7 @@ class _Handler(http.server.BaseHTTPRequestHandler):
     def do_GET(self):
         body = self.rfile.read(int(self.headers.get("Content-Length", 0)))
         verdicts = self.server.verdicts[urllib.parse.urlsplit(self.path).path]
-        # Whoever closes the gate sees the verdicts of this path, or this request sees that it is closed.
+        # Either close() finds the queue of this path, or this request finds that the gate is closed.
         if self.server.closed:
             return
         with contextlib.suppress(queue.Empty):
@@ -73,7 +73,7 @@ class _Handler(http.server.BaseHTTPRequestHandler):
         pass
 
     def ask(self, body):
-        """Status, type and content of the service's answer."""
+        """Status, type and content of the service's reply."""
         with contextlib.closing(http.client.HTTPConnection(self.server.service, timeout=_LIMIT)) as service:
             passed_on = {name: self.headers[name] for name in ("Authorization", "Content-Type") if name in self.headers}
             service.request(self.command, self.path, body or None, passed_on)

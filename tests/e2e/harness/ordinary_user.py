@@ -1,4 +1,4 @@
-"""The end-to-end tests run as an ordinary user, whoever starts them."""
+"""The end-to-end tests run as an ordinary user, even if root starts them."""
 
 import os
 import pwd
@@ -6,12 +6,12 @@ import subprocess
 
 
 def become_ordinary(read, written=None):
-    """Turns root into an account that owns nothing, unless that may not read these files. Makes the written folder."""
+    """Changes from root to `nobody`, unless `nobody` cannot read these files. Makes the written folder."""
     if written:
         os.makedirs(written, exist_ok=True)
     if os.geteuid() != 0:
         return
-    # An account that the machine knows: a message bus serves nobody else.
+    # An existing account: a message bus refuses other users.
     account = pwd.getpwnam("nobody")
     to_nobody = ["setpriv", f"--reuid={account.pw_uid}", f"--regid={account.pw_gid}", "--clear-groups"]
     if not all(subprocess.run([*to_nobody, "test", "-r", path], check=False).returncode == 0 for path in read):

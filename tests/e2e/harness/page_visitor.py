@@ -10,7 +10,7 @@ _LIMIT = 10
 
 
 class PageVisitor:
-    """Keeps cookies, as the pages' forms demand, and never leaves this machine."""
+    """Keeps cookies, which the pages' forms need, and never uses a proxy."""
 
     def __init__(self):
         cookies = urllib.request.HTTPCookieProcessor(http.cookiejar.CookieJar())
@@ -25,7 +25,7 @@ class PageVisitor:
         self._request(page, dict(urllib.parse.parse_qsl(query), form_token=token[1], decision=decision))
 
     def link(self, service, device_id):
-        """Pairs a desktop without its window, as a preparation; returns its token."""
+        """Links a desktop without its window, as a preparation; returns its token."""
         started = json.loads(self._request(service + "/api/pc/link/start", {"device_id": device_id}))
         self.decide(started["approve_url"], "approve")
         query = urllib.parse.urlencode({"code": started["code"], "device_id": device_id})

@@ -1,4 +1,4 @@
-"""What every end-to-end scenario has: a desktop, and for each test a service and a client of its own."""
+"""What every end-to-end scenario has: a desktop, and for each test its own service and client."""
 
 import functools
 import os
@@ -23,7 +23,7 @@ become_ordinary([CLIENT, os.path.join(REPOSITORY, "tarnwick", "__main__.py")], o
 class Scenario(unittest.TestCase):
     width, height = 1280, 1000
     needs_browser = False
-    failures = None  # the folder for pictures of failures, if it is not the usual one
+    failures = None  # the folder for pictures of failures, if not the default one
 
     def __init__(self, method):
         super().__init__(method)
@@ -44,7 +44,7 @@ class Scenario(unittest.TestCase):
             self.set_up_programs(self._testMethodName)
 
     def set_up_programs(self, name):
-        """A new service without anything in it but its examples, and a client that has never run."""
+        """A new service with only its example projects, and a client without a state file."""
         folder = self.desktop.path(name)
         os.mkdir(folder)
         self.service = ServiceProcess(folder, os.path.join(folder, "service.log"))
@@ -53,12 +53,12 @@ class Scenario(unittest.TestCase):
         self.addCleanup(self._end_client, self.client)
 
     def start_unlinked(self):
-        """The window of a client that knows the service and is not linked yet."""
+        """The window of a client with the service's address that is not linked yet."""
         self.client.write_state(origin=self.service.address, device_id=DEVICE)
         return self.start_again("Ready to link your Tarnwick account.")
 
     def start_linked(self):
-        """The window of a client that was linked at an earlier time, with its projects listed."""
+        """The window of a client that was linked earlier, with its projects listed."""
         token = PageVisitor().link(self.service.address, DEVICE)
         self.client.write_state(origin=self.service.address, device_id=DEVICE, access_token=token)
         return self.start_again("Loaded 2 Tarnwick project(s).")
@@ -69,7 +69,7 @@ class Scenario(unittest.TestCase):
         return window
 
     def close_window(self):
-        """Closes the window as its user does, and expects a clean and silent end."""
+        """Closes the window as a user would, and expects exit code 0 and no output."""
         self._close(self.client)
 
     def _close(self, client):
@@ -79,7 +79,7 @@ class Scenario(unittest.TestCase):
         self.assertEqual((code, client.printed()), (0, ""))
 
     def _end_client(self, client):
-        """No client outlives its test, and none that a test leaves open may end otherwise than by its user."""
+        """Closes a client that the test left open. It must still be running, unless the test has failed."""
         try:
             with leaving_an_account():
                 if client.left_open() and self._failed:

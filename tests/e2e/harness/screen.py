@@ -1,4 +1,4 @@
-"""Pictures of a virtual screen, and what can be told of them."""
+"""Pictures of a virtual screen, and what they show."""
 
 import functools
 import struct
@@ -8,18 +8,18 @@ from PIL import Image, ImageFont
 
 from harness.waiting import wait_until
 
-# How long nothing may change on a screen that counts as still, in seconds.
+# A screen counts as still if nothing has changed for this time, in seconds.
 _STILL = 0.25
 
-# The least luminance of a text, of 255: backgrounds are dark, and borders in between.
+# The minimum luminance of text, of 255: backgrounds are darker.
 _TEXT_LUMINANCE = 77
 
-# Texts are measured large, since a small measure would be rounded to whole pixels.
+# Texts are measured at a large size, since a small width would be rounded to whole pixels.
 _MEASURED_SIZE = 64
 
 
 def screenshot(screen):
-    """The whole screen, from the file in which the virtual screen keeps its pixels."""
+    """The whole screen, from the file to which the virtual screen writes its pixels."""
     with open(screen.file, "rb") as source:
         dump = source.read()
     # An X window dump: 25 big-endian numbers, then a colour map, then four bytes for each pixel.
@@ -34,9 +34,8 @@ def part(picture, box):
 
 
 def wait_for_stillness(desktop, ask):
-    """Waits until everything that was changed has been drawn as well, and returns the picture of it.
-
-    Between two looks the program is asked something, since a program that is too busy to draw looks still, too.
+    """Waits until all changes have been drawn, and returns the picture. Calls the program between two pictures, since a
+    program that is too busy to draw looks still, too.
     """
     last, since = screenshot(desktop), time.monotonic()
 
@@ -55,14 +54,14 @@ def wait_for_stillness(desktop, ask):
 
 
 def contrasting_pixels(one, other, box, ratio):
-    """How many pixels of a box differ between two pictures by at least that contrast ratio."""
+    """How many pixels of a box differ between two pictures by at least this contrast ratio."""
     pairs = zip(part(one, box).getdata(), part(other, box).getdata())
     return sum(before != after and _contrast(before, after) >= ratio for before, after in pairs)
 
 
 @functools.cache
 def _contrast(one, other):
-    """The contrast ratio of two colours, from 1 for equal ones to 21 for black on white."""
+    """The contrast ratio of two colours, from 1 (equal) to 21 (black on white)."""
     darker, lighter = sorted((_luminance(one), _luminance(other)))
     return (lighter + 0.05) / (darker + 0.05)
 
@@ -80,7 +79,7 @@ _LINEAR = [round(_linear(value) * 255) for value in range(256)]
 
 
 def lines_of_text(picture):
-    """The boxes around what is drawn of each line of text: left, top, right and bottom, the latter two just outside."""
+    """The bounding boxes of the lines of text: left, top, right and bottom; the latter two are exclusive."""
     luminance = picture.point(_LINEAR * 3).convert("L", (0.2126, 0.7152, 0.0722, 0))
     text = luminance.point([0] * _TEXT_LUMINANCE + [255] * (256 - _TEXT_LUMINANCE))
     lines, start = [], None
@@ -96,7 +95,7 @@ def lines_of_text(picture):
 
 
 def text_width(text, font, size):
-    """How wide a text is, measured without the client: from the first letter's left edge to the last one's right."""
+    """The width of a text, measured without the client: from its first letter's left to its last one's right edge."""
     left, _, right, _ = _font(font).getmask(text).getbbox()
     return (right - left) * size / _MEASURED_SIZE
 

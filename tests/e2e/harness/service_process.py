@@ -1,4 +1,4 @@
-"""The local service, as a process of its own."""
+"""The local service as a separate process."""
 
 import contextlib
 import os
@@ -11,7 +11,7 @@ from harness.client_process import REPOSITORY
 
 
 class ServiceProcess:
-    """Keeps its data file and its port over a restart, as a service that comes back does."""
+    """Keeps its data file and its port over a restart."""
 
     def __init__(self, folder, log):
         self.data_file = os.path.abspath(os.path.join(folder, "service.sqlite"))
@@ -26,11 +26,11 @@ class ServiceProcess:
         self._port = self.address.rpartition(":")[2]
 
     def let_time_pass(self, minutes):
-        """Makes everything that waits for its end this much older, since nobody waits ten minutes for a test."""
+        """Makes all link codes older, instead of waiting."""
         self._change("UPDATE link_codes SET created_at = created_at - ?", minutes * 60 * 1000)
 
     def make_new_again(self, code, name):
-        """Gives a link code another name and the age of one that was just made."""
+        """Gives a link code another name and makes it new."""
         now = time.time_ns() // 1_000_000
         self._change("UPDATE link_codes SET code = ?, created_at = ? WHERE code IN (?, ?)", name, now, code, name)
 

@@ -1,23 +1,23 @@
-"""The texts that the client's window shows, and whether each of them is drawn whole."""
+"""The texts that the client's window shows, and whether each of them is drawn completely."""
 
 import typing
 
 from harness.screen import lines_of_text, part, text_width
 from harness.virtual_desktop import BOLD_FONT, TEXT_FONT
 
-# What there is beside the text in a control of each role, in the units of the layout: left, above, right, below.
+# The space around the text in a control of each role, in layout units: left, above, right, below.
 _BESIDE = {
     "label": (0, 0, 0, 0),
     "table cell": (0, 0, 0, 0),
     "table column header": (0, 0, 0, 0),
     "push button": (2, 2, 2, 2),  # its border
-    "page tab": (2, 2, 10, 2),  # its border, and the gap to the next one
-    "text": (5, 5, 5, 5),  # its round corners
+    "page tab": (2, 2, 10, 2),  # its border, and the gap to the next tab
+    "text": (5, 5, 5, 5),  # its rounded corners
     "combo box": (5, 5, 30, 5),  # its corners and its arrow
     "check box": (29, 0, 0, 0),  # its box
 }
 
-# Letters that are not of the usual size, in the units of the layout.
+# Texts in other font sizes, in layout units.
 _USUAL = 14
 _LARGE = {
     "Tarnwick Desktop Client": 28,
@@ -30,12 +30,12 @@ _LARGE = {
 }
 _BOLD = ("push button", "table column header")
 
-# What rounding may take from a line or add to it, in the units of the layout. Few letters are narrower.
+# The maximum effect of rounding on a line, in layout units. Few letters are narrower.
 _ROUNDING = 3
 
 
 class ShownText(typing.NamedTuple):
-    """A control with a text. The box is where the text may be, in the units of the layout."""
+    """A control with a text. The box is the area for the text, in layout units."""
 
     role: str
     name: str
@@ -43,7 +43,7 @@ class ShownText(typing.NamedTuple):
     box: tuple
 
     def fault(self, picture, scale):
-        """What is wrong with the text as it is drawn; None when all of it is there and keeps off the box's edges."""
+        """What is wrong with the drawn text; None if it is complete and does not touch the box's edges."""
         box = tuple(round(value * scale) for value in self.box)
         lines = lines_of_text(part(picture, box))
         if not lines:
@@ -51,10 +51,10 @@ class ShownText(typing.NamedTuple):
         lefts, tops, rights, bottoms = zip(*lines)
         if tops[0] == 0 or bottoms[-1] >= box[3] or max(rights) >= box[2]:
             return f"cut off by its box of {box[2]} × {box[3]}: {lines}"
-        # A picture among the letters is not as wide as a letter.
+        # An emoji is not as wide as measured.
         if not self.text.isascii():
             return None
-        # A line break takes the place of a space.
+        # A line break replaces a space.
         space = self._width("| |", scale) - self._width("||", scale)
         drawn = sum(rights) - sum(lefts) + (len(lines) - 1) * space
         needed = self._width(self.text, scale)
@@ -69,8 +69,8 @@ class ShownText(typing.NamedTuple):
 
 
 def shown_controls(window):
-    """What the window shows, in reading order: the controls of which all can be seen, and the other ones, which are
-    scrolled out of their page altogether or in part."""
+    """The controls that the window shows, in reading order: those that are completely visible, and those that are
+    scrolled out of their page, completely or partly."""
     whole, others = [], []
     for control, in_view in _shown_inside(window.frame, window.frame.extents()):
         if control.role in _BESIDE or control.role in ("image", "table"):
@@ -84,7 +84,7 @@ def shown_texts(controls):
 
 
 def _shown_inside(control, view):
-    """Everything shown inside, and of each whether it is all in view. Nothing reaches out of what it is inside of."""
+    """All visible descendants, and for each whether it is completely visible. None is drawn outside its parent."""
     for child in control.children():
         if "showing" in child.states():
             box = child.extents()

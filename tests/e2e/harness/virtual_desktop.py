@@ -1,4 +1,4 @@
-"""A desktop that nobody sees: a screen, a window manager, and a session bus with the accessibility bus."""
+"""An invisible desktop: a screen, a window manager, and a session bus with the accessibility bus."""
 
 import atexit
 import os
@@ -12,7 +12,7 @@ from harness import waiting
 from harness.child_process import ChildProcess, end_all
 from harness.screen import screenshot
 
-# The fonts are the same on every machine, whatever else it has installed, and so is the way in which they are drawn.
+# The same fonts on every machine, whatever else is installed, drawn in the same way.
 TEXT_FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"
 BOLD_FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf"
 _EMOJI_FONT = "/usr/share/fonts/truetype/noto/NotoColorEmoji.ttf"
@@ -54,12 +54,12 @@ _WINDOW_MANAGER = """<?xml version="1.0" encoding="UTF-8"?>
 </openbox_config>
 """
 
-# How long the virtual screen may take to come up, in seconds.
+# The time limit for the start of the virtual screen, in seconds.
 _START_LIMIT = 30
 
 
 class VirtualScreen:
-    """A screen with nothing on it. `file` holds its pixels at any moment."""
+    """An empty screen. `file` always contains its current pixels."""
 
     def __init__(self, width=1280, height=1000):
         self.width = width
@@ -71,7 +71,7 @@ class VirtualScreen:
         self._start()
 
     def path(self, name):
-        """A place in the screen's own folder, which is removed at its end."""
+        """A path in the screen's own folder, which is removed at its end."""
         return os.path.join(self.folder, name)
 
     def close(self):
@@ -85,7 +85,7 @@ class VirtualScreen:
         self.close()
 
     def _base_environment(self):
-        """Nothing of the person who runs the tests but the search path: themes and settings would show."""
+        """Of the user's environment, only the search path is kept: themes and settings would change the pictures."""
         os.mkdir(self.path("runtime"), 0o700)
         for font in (TEXT_FONT, BOLD_FONT, _EMOJI_FONT):
             if not os.path.exists(font):
@@ -99,12 +99,12 @@ class VirtualScreen:
             "TMPDIR": self.folder,
             "XDG_RUNTIME_DIR": self.path("runtime"),
             "FONTCONFIG_FILE": str(fonts),
-            # Without a bus named, libraries would look for the person's.
+            # Otherwise libraries would use the user's own bus.
             "DBUS_SESSION_BUS_ADDRESS": "disabled:",
         }
 
     def _start(self):
-        # The X server picks the number itself and tells it, so that two screens never want the same one.
+        # The X server chooses and prints a free number, so two screens cannot have the same one.
         command = f"Xvfb -displayfd 1 -screen 0 {self.width}x{self.height}x24 -dpi 96 -nocursor -nolisten tcp -noreset"
         command = [*command.split(), "-fbdir", self.folder]
         self._server = ChildProcess(command, self.path("screen.log"), self.environment)
@@ -115,9 +115,8 @@ class VirtualScreen:
 
 
 class VirtualDesktop(VirtualScreen):
-    """One per process, since the accessibility library connects to one desktop only.
-
-    `failures` is the folder for pictures of failures.
+    """One per process, since the accessibility library connects to one desktop only. `failures` is the folder for
+    pictures of failures.
     """
 
     def __init__(self, width=1280, height=1000, failures=None):
@@ -131,7 +130,7 @@ class VirtualDesktop(VirtualScreen):
         except BaseException:
             self.close()
             raise
-        # The libraries of this process, the accessibility library above all, have to find the desktop.
+        # The libraries of this process, mainly the accessibility library, have to find the desktop.
         os.environ.update(
             {key: self.environment[key] for key in ("DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR")}
         )
@@ -139,7 +138,7 @@ class VirtualDesktop(VirtualScreen):
         waiting.failure_reporters.append(self._report)
 
     def press(self, *keys):
-        """Presses keys one after the other, in the active window; 'shift+Tab' is a chord."""
+        """Presses keys one after the other in the active window; 'shift+Tab' is a key combination."""
         self._xdotool("key", *keys)
 
     def type(self, text):
@@ -149,7 +148,7 @@ class VirtualDesktop(VirtualScreen):
         self._xdotool("mousemove", "--sync", left, top, "click", 1)
 
     def resize_window(self, width, height):
-        """Gives the client's window another size, in screen pixels, as its user does by its edges."""
+        """Resizes the client's window, in screen pixels, as a user would with the mouse."""
         window = "search", "--onlyvisible", "--name", "^Tarnwick Client$"
         self._xdotool(*window, "windowsize", width, height)
         waiting.wait_until(
@@ -158,11 +157,11 @@ class VirtualDesktop(VirtualScreen):
         )
 
     def wait_until_drawn(self):
-        """Once the screen has answered, it has drawn what it had been told before."""
+        """When the X server replies, it has drawn everything that it received before."""
         self._xdotool("getmouselocation")
 
     def failure_picture(self, save):
-        """Has a picture of a failure saved, by a function that takes its path. Returns the path."""
+        """Saves a picture of a failure by a function that takes its path. Returns the path."""
         if not self._failures:
             return "no picture, since TARNWICK_E2E_RESULTS names no folder"
         self._failure_pictures += 1
@@ -183,7 +182,7 @@ class VirtualDesktop(VirtualScreen):
         return done.stdout
 
     def _start_session_bus(self):
-        # Not the bus of whoever runs the tests: this one starts the accessibility bus, on demand, for this screen.
+        # Not the user's own bus: this one starts the accessibility bus, on demand, for this screen.
         address = "unix:path=" + self.path("session-bus")
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = address
         ChildProcess(
@@ -209,8 +208,8 @@ class VirtualDesktop(VirtualScreen):
 
 
 class OpenedAddresses:
-    """The web addresses that programs hand to the desktop: its xdg-open, in a folder of the search path, writes each
-    of them down."""
+    """The web addresses that programs pass to the desktop: its xdg-open, in a folder of the search path, records each
+    of them."""
 
     def __init__(self, desktop):
         self.folder = desktop.path("opener")
@@ -218,14 +217,14 @@ class OpenedAddresses:
         self._record.touch()
         self._taken = 0
         os.mkdir(self.folder)
-        # It also has to work where nothing but a shell is installed.
+        # It also has to work on systems with nothing but a shell.
         opener = pathlib.Path(self.folder, "xdg-open")
         opener.write_text(f"#!/bin/sh\nprintf '%s\\n' \"$1\" >>'{self._record}'\n", encoding="utf-8")
         opener.chmod(0o755)
         desktop.environment["PATH"] = self.folder + os.pathsep + desktop.environment["PATH"]
 
     def next(self):
-        """Waits for an address that was not taken yet and takes it."""
+        """Waits for the next address and returns it."""
         waiting.wait_until(lambda: len(self._all()) > self._taken, "an address handed to the browser")
         self._taken += 1
         return self._all()[self._taken - 1]

@@ -1,4 +1,4 @@
-"""The one way in which the end-to-end tests wait: for a condition, with a limit."""
+"""The only way in which the end-to-end tests wait: for a condition, with a limit."""
 
 import contextlib
 import time
@@ -6,26 +6,24 @@ import unittest
 
 from gi.repository import GLib
 
-# How often a condition is looked at. More often, the answers to the questions asked would keep everyone busy.
+# How often a condition is checked. More frequent checks would keep all processes busy.
 _INTERVAL_MS = 5
 
-# Who can tell what things looked like when something failed. Each is called without arguments and returns a text.
+# Functions that describe the situation when something has failed. They take no arguments and return a text.
 failure_reporters = []
 
 
 class NotThere(LookupError):
-    """Something that is looked for does not exist, or does not exist yet."""
+    """Something does not exist, or does not exist yet."""
 
 
 class WaitedInVain(AssertionError):
-    """A condition did not come true within its limit."""
+    """A condition did not become true within its limit."""
 
 
 def wait_until(condition, what, limit=15.0):
-    """Returns the condition's first true value.
-
-    While it waits it lets accessibility events arrive. A condition that raises because the object it asks is just
-    coming or going counts as not true yet.
+    """Returns the condition's first true value. Meanwhile it processes accessibility events. A condition that raises
+    because its object is being created or deleted counts as false.
     """
     end = time.monotonic() + limit
     while True:
@@ -37,13 +35,13 @@ def wait_until(condition, what, limit=15.0):
         except (LookupError, GLib.Error) as error:
             trouble = f"The last look failed: {error}\n"
         if time.monotonic() > end:
-            raise WaitedInVain(f"Waited {limit:g} s in vain for {what}.\n{trouble}{_account()}")
+            raise WaitedInVain(f"Waited {limit:g} s for {what}.\n{trouble}{_account()}")
         _let_events_arrive()
 
 
 @contextlib.contextmanager
 def leaving_an_account():
-    """Whatever fails inside, be it an expectation or a program that does not answer, tells what things looked like."""
+    """Adds a description of the situation to every failure inside: an assertion, or a program that hangs."""
     try:
         yield
     except (WaitedInVain, unittest.SkipTest):
@@ -68,5 +66,5 @@ def _account():
 def _told_by(report):
     try:
         return report()
-    except Exception as error:  # a report must not hide what it reports on
+    except Exception as error:  # a failing report must not hide the failure
         return f"One more report failed: {error}"

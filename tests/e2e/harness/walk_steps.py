@@ -1,4 +1,4 @@
-"""The road of a first use, step by step, with a picture of each station."""
+"""The steps of a first use, with a picture after each."""
 
 import os
 
@@ -24,10 +24,8 @@ def fill_form(window):
 
 
 class Walk:
-    """Walks one client, which starts unlinked and knows the service's address, through its first use.
-
-    `pictures` is the folder for the pictures, if they are wanted. `size` gives the window another size, in screen
-    pixels, than it opens with.
+    """Takes a client that is not linked and has the service's address through its first use. `pictures` is the folder
+    for the pictures, if they are needed. `size` is another size for the window, in screen pixels.
     """
 
     def __init__(self, desktop, client, pictures=None, say=lambda step: None, size=None):
@@ -49,7 +47,7 @@ class Walk:
         self._window.wait_for_status("Ready to link your Tarnwick account.")
         if self._size is not None:
             self._desktop.resize_window(*self._size)
-        # Where the next key press would go; and a text cursor, which blinks, would be no good in a picture.
+        # The next key press goes there, and a picture must not contain a blinking text cursor.
         self._window.button("Generate Link Code").take_focus()
         self._picture(FIRST_START, "Started: ready to link")
 

@@ -1,4 +1,4 @@
-"""A real Chromium without a window, used through the WebDriver protocol."""
+"""A real Chromium in headless mode, used through the WebDriver protocol."""
 
 import base64
 import json
@@ -10,13 +10,13 @@ from harness import waiting
 from harness.child_process import ChildProcess
 from harness.waiting import NotThere, wait_until
 
-_ELEMENT = "element-6066-11e4-a52e-4f735466cecf"  # the protocol's own name for a reference to an element
+_ELEMENT = "element-6066-11e4-a52e-4f735466cecf"  # the protocol's name for a reference to an element
 _LIMIT = 30
 
 TAB = "\ue004"
 SPACE = " "
 
-# Nothing but this machine is looked up or called, and nothing is left running behind the page.
+# Uses no other host than this one, and nothing runs in the background.
 SWITCHES = """--no-sandbox --disable-gpu --disable-quic --no-first-run --no-default-browser-check --no-proxy-server
     --disable-background-networking --disable-component-update --disable-sync --disable-dev-shm-usage
     --disable-default-apps --disable-extensions""".split() + [
@@ -25,7 +25,7 @@ SWITCHES = """--no-sandbox --disable-gpu --disable-quic --no-first-run --no-defa
 
 
 class WebBrowser:
-    """Elements are found by the texts that a person reads."""
+    """Finds elements by the texts that a user reads."""
 
     def __init__(self, desktop, width=1000, height=860):
         self._desktop = desktop
@@ -54,7 +54,7 @@ class WebBrowser:
         self._call("POST", "/url", {"url": address})
 
     def follow_desktop(self):
-        """Waits for the next address that the desktop is handed, and opens it."""
+        """Waits for the next address that the desktop gets, and opens it."""
         self.open(self._desktop.opened.next())
 
     def address(self):
@@ -64,16 +64,16 @@ class WebBrowser:
         return self._text_of("//h1")
 
     def content(self):
-        """Everything that the page says, as it is shown."""
+        """All text of the page, as shown."""
         return self._text_of("//main")
 
     def value(self, label):
-        """What the field with that label holds."""
+        """The value of the field with that label."""
         field = self._find(f"//input[@id = //label[normalize-space() = '{label}']/@for]")
         return self._call("GET", f"/element/{field}/property/value")
 
     def press(self, name):
-        """Clicks the button or link of that name."""
+        """Clicks the button or link with that name."""
         element = self._find(f"//*[self::button or self::a][normalize-space() = '{name}' or @aria-label = '{name}']")
         self._call("POST", f"/element/{element}/click", {})
 
@@ -83,12 +83,12 @@ class WebBrowser:
         self._call("POST", "/actions", {"actions": [{"type": "key", "id": "keyboard", "actions": presses}]})
 
     def focused(self):
-        """The text of the element that the keyboard talks to."""
+        """The text of the element with the keyboard focus."""
         element = self._call("GET", "/element/active")[_ELEMENT]
         return self._call("GET", f"/element/{element}/text")
 
     def wait_for_heading(self, *headings):
-        """Waits for a page with one of these."""
+        """Waits for a page with one of these headings."""
         wait_until(lambda: self.heading() in headings, f"a page with the heading '{' or '.join(headings)}'")
 
     def wait_for_content(self, text):
