@@ -14,6 +14,9 @@ namespace {
 /// A header and three rows with the style sheet's font sizes and paddings: as much as the smallest window can show.
 constexpr int projectTableMinimumHeight = 154;
 
+/// Qt measures as many rows to fit a column to its contents; its default of 1,000 blocks the window for a frame or two.
+constexpr int projectTableMeasuredRows = 500;
+
 } // namespace
 
 QWidget* TarnwickClientWindow::buildListPage()
@@ -52,6 +55,7 @@ void TarnwickClientWindow::buildProjectTable()
     projectTable->verticalHeader()->hide();
 
     QHeaderView* header = projectTable->horizontalHeader();
+    header->setResizeContentsPrecision(projectTableMeasuredRows);
     header->setStretchLastSection(true);
     header->setSectionResizeMode(0, QHeaderView::Stretch);
     for (const int column : {1, 2, 3}) {

@@ -1,7 +1,11 @@
 #include "support/client_test.h"
 
 #include <QHeaderView>
+#include <QJsonArray>
 #include <QObject>
+
+using support::Call;
+using support::Reply;
 
 /// The project table with one project.
 class ListPageTest : public QObject
@@ -45,6 +49,31 @@ private Q_SLOTS:
         // A longer text makes its column wider.
         table->item(0, 1)->setText(u"a-much-longer-code-than-before"_s);
         QTRY_VERIFY(table->columnWidth(1) > before.at(1) + 50);
+    }
+
+    void aColumnFitsTheFirst500Rows()
+    {
+        Run run;
+        QVERIFY(run.startSignedIn());
+        run.window().show();
+        QVERIFY(QTest::qWaitForWindowExposed(&run.window()));
+        const auto widthWithALongCodeInRow = [&run](int longRow) {
+            QJsonArray projects;
+            for (int row = 0; row < 501; ++row) {
+                projects.append(QJsonObject{{u"slug"_s, row == longRow ? u"a-much-longer-code"_s : u"code"_s}});
+            }
+            const QByteArray body = QJsonDocument(QJsonObject{{u"instances"_s, projects}}).toJson();
+            run.server.reply(callPath(Call::Instances), Reply::json(200, body));
+            run.press(u"Refresh");
+            return support::waitFor([&run, longRow] {
+                const QTableWidget* table = run.view().table();
+                return table->rowCount() == 501 && table->item(longRow, 1)->text().size() > 4;
+            })
+                       ? run.view().table()->columnWidth(1)
+                       : 0;
+        };
+        QVERIFY(widthWithALongCodeInRow(499) > widthWithALongCodeInRow(500) + 50);
+        QVERIFY(widthWithALongCodeInRow(500) > 0);
     }
 
 private:
