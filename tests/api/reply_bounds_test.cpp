@@ -131,8 +131,9 @@ private Q_SLOTS:
                          deflatedReply(isBomb ? QByteArray(size, ' ') : hardlyCompressible(size)));
         run.press(u"Refresh");
         QTRY_VERIFY_WITH_TIMEOUT(run.view().button(u"Refresh")->isEnabled(), boundsPatienceMs);
-        // Qt itself rejects data with too high a compression ratio.
-        QCOMPARE(run.view().status(), isBomb ? u"Decompression failed: "_s : u"Operation canceled"_s);
+        // Qt itself rejects data with too high a compression ratio. Newer versions add a reason.
+        const QString status = run.view().status();
+        QVERIFY2(status.startsWith(isBomb ? u"Decompression failed: "_s : u"Operation canceled"_s), qPrintable(status));
         QCOMPARE(run.view().table()->rowCount(), 1);
     }
 };

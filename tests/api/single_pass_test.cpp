@@ -2,6 +2,7 @@
 // have carried it out.
 #include "support/client_test.h"
 
+#include <algorithm>
 #include <memory>
 
 using support::Call;
@@ -68,11 +69,13 @@ private Q_SLOTS:
         if (!isKeptAlive) {
             QTRY_COMPARE(run->server.openConnectionCount(), 0);
         }
-        const int connections = run->server.connectionCount();
+        const QList<support::RecordedRequest> earlier = run->server.requests();
         run->server.reply(callPath(call), end);
         run->bringAbout(call);
         QTRY_COMPARE(run->view().status(), u"Unknown error"_s);
-        QCOMPARE(run->server.connectionCount(), connections + (isKeptAlive ? 0 : 1));
+        // Newer versions of Qt open one more connection afterwards. Nothing may come through it.
+        const int connection = run->server.requests(callPath(call)).constFirst().connection;
+        QCOMPARE(std::ranges::count(earlier, connection, &support::RecordedRequest::connection) > 0, isKeptAlive);
         QCOMPARE(run->view().line(u"GDPS Name")->text(), call == Call::LinkStart ? QString() : u"Neon Burst"_s);
 
         // Everything sent before the marker has arrived by now. The marker is a code request itself.

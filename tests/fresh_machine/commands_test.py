@@ -51,9 +51,7 @@ class Commands(unittest.TestCase):
         clone = clone_into(machine)
         timed(machine, "./run", "./run", folder=clone, limit=1500)
         self.check_pictures(machine, clone)
-        # Not all of ./test: with Qt 6.8, some tests of broken connections and of compressed replies do not hold yet.
-        words = "state_[lp]|start_up|project|request|session|create_|controls"
-        printed = timed(machine, "./test WORD", "./test", words, folder=clone, limit=2400)
+        printed = timed(machine, "./test", "./test", folder=clone, limit=2400)
         self.assertIn("100% tests passed, 0 tests failed", printed)
 
     def check_pictures(self, machine, clone):

@@ -53,16 +53,12 @@ class Documents(unittest.TestCase):
         used = set()
         for path in documents(roots.REPOSITORY):
             print(f"{path.name}:", flush=True)
-            is_run = path == roots.REPOSITORY / "README.md"
-            clone = self.fresh_clone(machine) if is_run else None
+            clone = self.fresh_clone(machine)
             for block in blocks(path):
                 if _FOR_A_MAC.search("\n".join(block.lines)):
                     print(f"SKIPPED: {path.name}: {block.lines[0]} and what follows: for a Mac only", flush=True)
                     continue
                 script = "\n".join([_SHELL, *(self.short_form(line, used) for line in block.lines)])
-                if not is_run:
-                    print(f"SKIPPED: {path}: {block.lines[0]}: only the README's commands are run so far", flush=True)
-                    continue
                 command = ["bash", "-euxo", "pipefail", "-c", script]
                 timed(machine, path.name, *command, folder=clone, limit=1800, CMAKE_CXX_COMPILER_LAUNCHER="ccache")
         self.assertEqual([row[0] for row in SHORT_FORMS if row[0] not in used], [], "no document has these")

@@ -137,9 +137,8 @@ QTimer* ClientRun::pollTimer() const
 
 void ClientRun::tick() const
 {
-    QTimer* timer = pollTimer();
-    QTimerEvent event(timer->timerId());
-    QCoreApplication::sendEvent(timer, &event);
+    // Also works while the timer is stopped.
+    QMetaObject::invokeMethod(pollTimer(), "timeout");
 }
 
 bool ClientRun::showLinkCode(const QString& code, const QString& approveUrl)
