@@ -10,6 +10,9 @@ display_packages="xdg-utils qt6-wayland"
 # What a walk through the client on a virtual screen needs.
 walk_packages="$font_packages xvfb openbox dbus-daemon at-spi2-core python3-pyatspi python3-pil xdotool"
 
+# The walk needs X and runs on Linux only.
+[ "$(uname)" = Linux ] || walk_packages=
+
 # ./test needs the first list. Each label of tests that ./test leaves out has a list of its own.
 quick_packages="$client_packages $service_packages $walk_packages openssl python3-pytest python3-hypothesis"
 e2e_packages="chromium chromium-driver"
@@ -19,7 +22,7 @@ packaging_packages="imagemagick build-essential debhelper lintian desktop-file-u
     libc++abi-dev x11-utils weston qt6-wayland debootstrap git"
 machines_packages="debootstrap gpgv git"
 bench_packages="$client_packages $service_packages $walk_packages python3-psutil python3-xlib binutils"
-peer_packages="chromium keepassxc qbittorrent util-linux"
+peer_packages="chromium keepassxc qbittorrent"
 
 has() { command -v "$1" >/dev/null 2>&1; }
 
@@ -120,6 +123,7 @@ content_of() {
 is_there() {
     local content
     case $1 in
+    cmake) has_cmake ;;
     qt6-base-dev) finds_qt ;;
     python3-pyatspi) python_with 'gi; gi.require_version("Atspi", "2.0")' >/dev/null ;;
     python3-pil) python_with PIL >/dev/null ;;
@@ -128,7 +132,7 @@ is_there() {
     at-spi2-core) [ -e /usr/share/dbus-1/services/org.a11y.Bus.service ] ;;
     xdg-utils) has xdg-open || [ "$(uname)" = Darwin ] ;;
     # On other systems these are part of another package, or CMake looks for them.
-    fonts-* | lib*-dev | qt6-wayland | util-linux) true ;;
+    fonts-* | lib*-dev | qt6-wayland) true ;;
     *)
         content=$(content_of "$1")
         has "${content%%,*}"
@@ -136,9 +140,17 @@ is_there() {
     esac
 }
 
+has_cmake() {
+    mkdir -p build
+    echo 'cmake_minimum_required(VERSION 3.25)' >build/version.cmake
+    cmake -P build/version.cmake >/dev/null 2>&1
+}
+
+has_font() { [ "$(uname)" = Darwin ] || [ -n "$(find /usr/share/fonts -name "$1" 2>/dev/null)" ]; }
+
 # Asks CMake, since the build finds Qt with it.
 finds_qt() {
-    has cmake && has ninja || return 1
+    has_cmake && has ninja || return 1
     mkdir -p build/qt
     echo 'cmake_minimum_required(VERSION 3.25)
 project(LookForQt CXX)

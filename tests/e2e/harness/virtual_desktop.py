@@ -12,15 +12,22 @@ from harness import waiting
 from harness.child_process import ChildProcess, end_all
 from harness.screen import screenshot
 
+_FONT_FOLDER = "/usr/share/fonts"
+
+
+def _font_file(name):
+    """The path of a font, which depends on the distribution."""
+    return str(next(pathlib.Path(_FONT_FOLDER).rglob(name), name))
+
+
 # The same fonts on every machine, whatever else is installed, drawn in the same way.
-TEXT_FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"
-BOLD_FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf"
-_EMOJI_FONT = "/usr/share/fonts/truetype/noto/NotoColorEmoji.ttf"
+TEXT_FONT = _font_file("DejaVuSans.ttf")
+BOLD_FONT = _font_file("DejaVuSans-Bold.ttf")
+_EMOJI_FONT = _font_file("NotoColorEmoji.ttf")
 _FONTS = f"""<?xml version="1.0"?>
 <!DOCTYPE fontconfig SYSTEM "urn:fontconfig:fonts.dtd">
 <fontconfig>
-  <dir>/usr/share/fonts/truetype/dejavu</dir>
-  <dir>/usr/share/fonts/truetype/noto</dir>
+  <dir>{_FONT_FOLDER}</dir>
   <cachedir>{{cache}}</cachedir>
   <selectfont>
     <rejectfont><glob>*</glob></rejectfont>
