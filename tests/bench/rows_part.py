@@ -100,8 +100,7 @@ def _answer_table(measured, resting):
         waits = (spread([run["unanswered"] for run in results[name]]) for name in (CLIENT, BARE))
         table.rows.append([f"{size:,}", *waits])
     table.remark = (
-        "Pinged once a millisecond through the X server. For an idle client, the longest time is "
-        f"{resting:.1f} ms."
+        "Pinged once a millisecond through the X server. For an idle client, the longest time is " f"{resting:.1f} ms."
     )
     return table
 

@@ -30,9 +30,7 @@ class FailureAccount(Scenario):
         with self.assertRaises(WaitedInVain) as caught:
             wait_until(lambda: self.browser.value("No"), "a field", 0.1)
         account = str(caught.exception)
-        self.assertRegex(
-            account, r"^Waited 0\.1 s for a field\.\nThe last look failed: the browser says: no such"
-        )
+        self.assertRegex(account, r"^Waited 0\.1 s for a field\.\nThe last look failed: the browser says: no such")
         self.assertIn(f"The client runs. Its status text: '{READY}'. It printed: ''", account)
         self.assertEqual(self.picture(SCREEN, account).size, (self.width, self.height))
         self.assertGreater(self.picture(r"Its page: (.+\.png)", account).width, 0)
