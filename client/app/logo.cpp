@@ -75,10 +75,10 @@ void TarnwickClientWindow::loadLogo()
         return;
     }
     // Scaled to device pixels, otherwise blurred on high-DPI screens. Rounded down, otherwise larger than the label.
-    const qreal density = logoLabel->devicePixelRatioF();
-    const QSize room(qFloor(logoLabel->width() * density), qFloor(logoLabel->height() * density));
-    QPixmap fitted = logo.scaled(room, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-    fitted.setDevicePixelRatio(density);
+    const qreal ratio = logoLabel->devicePixelRatioF();
+    const QSize available(qFloor(logoLabel->width() * ratio), qFloor(logoLabel->height() * ratio));
+    QPixmap fitted = logo.scaled(available, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    fitted.setDevicePixelRatio(ratio);
     logoLabel->setPixmap(fitted);
     setWindowIcon(QIcon(path));
 }

@@ -86,7 +86,7 @@ private:
     void resetAccount();
     void refreshProjects();
     void unlink();
-    void forgetAccountTexts();
+    void resetAccountTexts();
     void showAccountTexts() const;
 
     // projects: project list, core choices
