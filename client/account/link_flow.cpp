@@ -84,7 +84,8 @@ void TarnwickClientWindow::acceptLink(const ServiceReply& reply)
     saveState();
     statusLabel->setText(reply.messageOr(u"Tarnwick desktop client linked."_s));
     checkSession();
-    updateControls(); // The check sends nothing without a token, or while another one is in flight.
+    // checkSession updates the controls only when it sends a request.
+    updateControls();
 }
 
 /// Stops polling. The code is kept unless the service no longer knows it.

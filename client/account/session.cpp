@@ -59,7 +59,7 @@ void TarnwickClientWindow::resetAccount()
     state.access_token.clear();
     projects.clear();
     availableCores.clear();
-    forgetAccountTexts();
+    resetAccountTexts();
     showAccountTexts();
     fillProjectTable();
     fillCoreCombo();
@@ -83,7 +83,7 @@ void TarnwickClientWindow::unlink()
     pollTimer->stop();
     availableCores.clear();
     projects.clear();
-    forgetAccountTexts();
+    resetAccountTexts();
 
     linkCodeEdit->clear();
     resetCreateForm();
@@ -95,7 +95,7 @@ void TarnwickClientWindow::unlink()
     statusLabel->setText(u"Tarnwick desktop client unlinked."_s);
 }
 
-void TarnwickClientWindow::forgetAccountTexts()
+void TarnwickClientWindow::resetAccountTexts()
 {
     accountNameText = u"Not linked yet"_s;
     planText = u"Plan: -"_s;

@@ -14,7 +14,7 @@ namespace {
 /// The largest reply body that is read.
 constexpr qint64 requestMaxReplyBytes = 64LL * 1024 * 1024;
 
-QNetworkRequest requestFor(const QUrl& url)
+QNetworkRequest newRequest(const QUrl& url)
 {
     QNetworkRequest request(url);
     request.setTransferTimeout(TARNWICK_TRANSFER_TIMEOUT_MS);
@@ -37,7 +37,7 @@ QByteArray requestBodyOf(const FormFields& fields)
     return query.toString(QUrl::FullyEncoded).toUtf8();
 }
 
-QNetworkReply* requestPost(QNetworkAccessManager* manager, const QNetworkRequest& request, const QByteArray& content)
+QNetworkReply* postRequest(QNetworkAccessManager* manager, const QNetworkRequest& request, const QByteArray& content)
 {
     auto* body = new SinglePassBody(content);
     QNetworkReply* reply = manager->post(request, body);
@@ -57,7 +57,7 @@ void TarnwickClientWindow::sendRequest(TaskKind kind, const QUrl& url, const For
     setBusy(kind, true);
     updateControls();
 
-    QNetworkRequest request = requestFor(url);
+    QNetworkRequest request = newRequest(url);
     if (sendAuth && state.isLinked()) {
         request.setRawHeader("Authorization", "Bearer " + state.access_token.toUtf8());
     }
@@ -67,7 +67,7 @@ void TarnwickClientWindow::sendRequest(TaskKind kind, const QUrl& url, const For
         reply = networkManager->get(request);
     } else {
         request.setHeader(QNetworkRequest::ContentTypeHeader, u"application/x-www-form-urlencoded"_s);
-        reply = requestPost(networkManager, request, requestBodyOf(fields));
+        reply = postRequest(networkManager, request, requestBodyOf(fields));
     }
     reply->setProperty(taskKindProperty, static_cast<int>(kind));
     connect(reply, &QNetworkReply::finished, this, [this, reply] { handleReply(reply); });

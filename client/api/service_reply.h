@@ -10,7 +10,7 @@ struct ServiceReply
     int status = 0;
     /// The JSON object of the body; empty when the body is anything else.
     QJsonObject body;
-    /// What the status line shows; empty when the reply counts as a success.
+    /// The failure as the status line shows it; empty when the reply counts as a success.
     QString errorText;
 
     /// The service has accepted the request but not finished it. Never a failure.

@@ -12,11 +12,10 @@
 class SinglePassBody : public QIODevice
 {
 public:
-    /// The device is open for reading.
+    /// Opens the device for reading.
     explicit SinglePassBody(QByteArray content);
 
-    /// Random access, so that Qt takes Content-Length from size() instead of buffering the body, which it could rewind.
-    bool isSequential() const override { return false; }
+    /// Qt takes Content-Length from it. It would buffer the body of a sequential device, and could rewind the buffer.
     qint64 size() const override { return bytes.size(); }
     /// Both fail unless the position stays the same.
     bool reset() override { return consumed == 0; }

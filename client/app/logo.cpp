@@ -61,7 +61,7 @@ std::filesystem::path TarnwickClientWindow::findLogoFile()
     return {};
 }
 
-/// Shows the logo in the header and as the window icon. Without one the header keeps its text.
+/// Shows the logo in the header and as the window icon. If there is none, the header keeps its text.
 void TarnwickClientWindow::loadLogo()
 {
     const std::filesystem::path file = findLogoFile();
@@ -74,11 +74,12 @@ void TarnwickClientWindow::loadLogo()
     if (logo.isNull()) {
         return;
     }
-    // Scaled to device pixels, otherwise blurred on high-DPI screens. Rounded down, otherwise larger than the label.
-    const qreal density = logoLabel->devicePixelRatioF();
-    const QSize room(qFloor(logoLabel->width() * density), qFloor(logoLabel->height() * density));
-    QPixmap fitted = logo.scaled(room, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-    fitted.setDevicePixelRatio(density);
+    // Scaled to device pixels, otherwise it would be blurred on high-DPI screens; rounded down, otherwise it could be
+    // larger than the label.
+    const qreal ratio = logoLabel->devicePixelRatioF();
+    const QSize available(qFloor(logoLabel->width() * ratio), qFloor(logoLabel->height() * ratio));
+    QPixmap fitted = logo.scaled(available, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    fitted.setDevicePixelRatio(ratio);
     logoLabel->setPixmap(fitted);
     setWindowIcon(QIcon(path));
 }

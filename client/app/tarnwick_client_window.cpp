@@ -12,7 +12,7 @@
 /// The start-up sequence. Missing or invalid values get their defaults; none of them stops it.
 TarnwickClientWindow::TarnwickClientWindow()
 {
-    forgetAccountTexts();
+    resetAccountTexts();
     setWindowTitle(u"Tarnwick Client"_s);
     resize(1220, 860);
     setMinimumSize(1060, 760);

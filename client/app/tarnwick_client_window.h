@@ -29,8 +29,8 @@ class QTableWidget;
 class QTimer;
 class QUrl;
 
-// All files of the client are one translation unit and see what this header declares: the literals, and a class with
-// internal linkage that other files define.
+// All .cpp files of the client are compiled as one translation unit. So the class below can have internal linkage
+// although many files define its operations, and the literal operators are declared here once for all of them.
 using Qt::StringLiterals::operator""_s;
 using Qt::StringLiterals::operator""_L1;
 
@@ -86,7 +86,7 @@ private:
     void resetAccount();
     void refreshProjects();
     void unlink();
-    void forgetAccountTexts();
+    void resetAccountTexts();
     void showAccountTexts() const;
 
     // projects: project list, core choices

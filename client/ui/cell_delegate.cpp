@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr qsizetype cellMostCharacters = 1000;
+constexpr qsizetype cellMaxCharacters = 1000;
 constexpr int cellFocusFrameWidth = 2;
 
 /// The style sheet's padding of QTableWidget::item.
@@ -32,8 +32,8 @@ void drawCellFocusFrame(QPainter* painter, const QStyleOptionViewItem& option)
 QString CellDelegate::displayText(const QVariant& value, const QLocale& locale) const
 {
     const QString text = value.toString();
-    const bool isTooLong = text.size() > cellMostCharacters;
-    return QStyledItemDelegate::displayText(isTooLong ? text.left(cellMostCharacters) + u'\u2026' : text, locale);
+    const bool isTooLong = text.size() > cellMaxCharacters;
+    return QStyledItemDelegate::displayText(isTooLong ? text.left(cellMaxCharacters) + u'\u2026' : text, locale);
 }
 
 void CellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const

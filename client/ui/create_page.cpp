@@ -64,10 +64,10 @@ QLabel* newFormLabel(const QString& text, QWidget* field)
 }
 
 /// The same for a combo box. Its list has the focus while it is open, and gets the same name.
-QLabel* newFormLabel(const QString& text, QComboBox* field)
+QLabel* newFormComboLabel(const QString& text, QComboBox* combo)
 {
-    field->view()->setAccessibleName(text);
-    return newFormLabel(text, static_cast<QWidget*>(field));
+    combo->view()->setAccessibleName(text);
+    return newFormLabel(text, combo);
 }
 
 } // namespace
@@ -122,8 +122,8 @@ QGridLayout* TarnwickClientWindow::buildCreateForm()
     grid->addWidget(accentEdit, 5, 1);
     grid->addWidget(newFormLabel(u"Tags"_s, tagsEdit), 6, 0, 1, 2);
     grid->addWidget(tagsEdit, 7, 0, 1, 2);
-    grid->addWidget(newFormLabel(u"Core"_s, coreCombo), 8, 0);
-    grid->addWidget(newFormLabel(u"Preset"_s, presetCombo), 8, 1);
+    grid->addWidget(newFormComboLabel(u"Core"_s, coreCombo), 8, 0);
+    grid->addWidget(newFormComboLabel(u"Preset"_s, presetCombo), 8, 1);
     grid->addWidget(coreCombo, 9, 0);
     grid->addWidget(presetCombo, 9, 1);
     return grid;

@@ -17,8 +17,8 @@ void TarnwickClientWindow::addFocusFrame()
         if (frame != nullptr) {
             frame->setWidget(control);
         }
-        // Qt itself scrolls only to a field's text cursor. The page does not move under a pressed mouse button, nor
-        // when the window is activated again: then no control had the focus before.
+        // Qt itself scrolls only to a field's text cursor. The page must not move under a pressed mouse button, nor
+        // when the window is activated again; in that case no control had the focus before.
         if (control != nullptr && old != nullptr && QGuiApplication::mouseButtons() == Qt::NoButton) {
             scrollIntoView(control);
         }

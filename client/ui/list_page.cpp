@@ -14,7 +14,7 @@ namespace {
 /// A header and three rows with the style sheet's font sizes and paddings: as much as the smallest window can show.
 constexpr int projectTableMinimumHeight = 154;
 
-/// Qt measures as many rows to fit a column to its contents; its default of 1,000 blocks the window for a frame or two.
+/// How many rows Qt measures to fit a column to its contents. Its default of 1,000 blocks the window for over a frame.
 constexpr int projectTableMeasuredRows = 500;
 
 } // namespace

@@ -8,13 +8,13 @@
 
 namespace {
 
-/// Room above and below a control for its focus frame and its label, as far as the viewport is high enough.
+/// Room above and below a control for its focus frame and its label; less in a low viewport.
 constexpr int scrollingPageMargin = 40;
 
 QScrollArea* scrollingPageOf(const QWidget* control)
 {
-    for (QWidget* holder = control->parentWidget(); holder != nullptr; holder = holder->parentWidget()) {
-        if (auto* area = qobject_cast<QScrollArea*>(holder)) {
+    for (QWidget* parent = control->parentWidget(); parent != nullptr; parent = parent->parentWidget()) {
+        if (auto* area = qobject_cast<QScrollArea*>(parent)) {
             return area;
         }
     }
@@ -28,7 +28,7 @@ QScrollArea* newScrollingPage(QWidget* page)
     auto* area = new QScrollArea;
     area->setFrameShape(QFrame::NoFrame);
     area->setWidgetResizable(true);
-    // Not a tab stop: it would be one without a visible focus.
+    // Otherwise it would be a tab stop, and nothing would show its focus.
     area->setFocusPolicy(Qt::NoFocus);
     area->setWidget(page);
     return area;
