@@ -29,7 +29,7 @@ SHORT_FORMS = [
     ),
     (r"^cmake --workflow --preset fuzz", r"cmake --preset fuzz -DTARNWICK_FUZZ_SECONDS=2 && \g<0>", "minutes are long"),
     (r"max_total_time=\d+", "max_total_time=5", "an hour is long"),
-    (r"^QT_QPA_PLATFORM=offscreen valgrind", r"sudo apt-get install -q valgrind; \g<0>", "the text says to install it"),
+    (r"^valgrind", r"sudo apt-get install -q valgrind; \g<0>", "the text says to install it"),
     (r"^\./bench start rows", "./bench --rounds 1 start rows", "every start is repeated often"),
     (r"^\./bench(?! start).*", "./bench --rounds 1 size", "it takes ten minutes and large programs to compare with"),
     (r"^build/\S+/TarnwickClient", r"stays_open \g<0>", "it runs until somebody closes it"),
