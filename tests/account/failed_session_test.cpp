@@ -37,17 +37,6 @@ private Q_SLOTS:
         QCOMPARE(run.server.count(callPath(Call::Instances)), 0);
     }
 
-    void startingOfflineSignsOutAndShowsTheNetworkError()
-    {
-        Run run;
-        run.server.stop();
-        run.startLinked();
-        QCOMPARE(run.view().status(), u"Checking linked Tarnwick session..."_s);
-        QTRY_COMPARE(run.view().status(), u"Connection refused"_s);
-        QVERIFY(!run.home().stateObject().contains(u"access_token"_s));
-        QVERIFY(!run.view().button(u"Unlink")->isEnabled());
-    }
-
     void cardThenTableThenCoresThenFileAndText()
     {
         Run run;

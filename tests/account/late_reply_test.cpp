@@ -87,6 +87,8 @@ private Q_SLOTS:
         QFETCH(Call, call);
         Run run;
         QVERIFY(unlinkDuring(run, call));
+        // Until the reply arrives, no second request of this kind is possible.
+        QVERIFY(support::WindowInside(run.window()).isBusy(int(call)));
         run.server.reply(callPath(call), Reply::json(500, R"({"message":"Later"})"));
         run.server.release(callPath(call));
         QTRY_COMPARE(run.view().status(), u"Later"_s);

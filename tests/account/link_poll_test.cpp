@@ -42,6 +42,7 @@ private Q_SLOTS:
         run.tick();
         QVERIFY(run.markerComesBack());
         QCOMPARE(run.server.count(), 1);
+        QCOMPARE(run.server.connectionCount(), 1);
     }
 
     void theTimerKeepsRunningWhileAPollIsInFlight()

@@ -14,41 +14,6 @@ class LinkRequestTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void theStateIsSavedBeforeTheRequestIsMade()
-    {
-        Run run;
-        run.start();
-        run.home().writeState("{}");
-        run.view().line(u"Tarnwick URL")->setText(u" "_s + run.server.origin() + u"// "_s);
-        // The button is disabled right before the request is made.
-        QByteArray stateThen;
-        const support::EnabledWatch watch(run.view().button(u"Generate Link Code"),
-                                          [&run, &stateThen](bool) { stateThen = run.home().readState(); });
-        QVERIFY(run.holdCall(Call::LinkStart));
-        QCOMPARE(stateThen,
-                 "{\n    \"device_id\": \"desk-1\",\n    \"origin\": \"" + run.server.origin().toUtf8() + "\"\n}\n");
-        QCOMPARE(run.view().status(), u"Requesting a new Tarnwick PC link code..."_s);
-        QCOMPARE(run.server.count(), 1);
-    }
-
-    void aPressWhileACodeIsOnItsWayChangesTheTextOnly()
-    {
-        Run run;
-        QVERIFY(run.startSignedIn());
-        QVERIFY(run.holdCall(Call::LinkStart));
-        run.press(u"Refresh");
-        QTRY_COMPARE(run.view().status(), u"Loaded 1 Tarnwick project(s)."_s);
-        QVERIFY(QFile::remove(run.home().stateFile()));
-
-        run.forcePress(u"Generate Link Code");
-        QCOMPARE(run.view().status(), u"Requesting a new Tarnwick PC link code..."_s);
-        QVERIFY(!QFile::exists(run.home().stateFile()));
-        run.server.release(callPath(Call::LinkStart));
-        QTRY_COMPARE(run.view().line(u"Link code")->text(), u"TWPC-TEST01"_s);
-        QVERIFY(run.markerComesBack());
-        QCOMPARE(run.server.count(callPath(Call::LinkStart)), 2);
-    }
-
     void aCodeIsShownThenSavedThenPolledThenAnnounced()
     {
         Run run;
@@ -158,23 +123,24 @@ private Q_SLOTS:
         QCOMPARE(run.view().account().constFirst(), u"Signed in as Ann"_s);
     }
 
-    void aFailureLeavesTheFormerCodeAsItWas_data()
+    void aFailureLeavesTheFormerCodeAndTheLinkAsTheyWere_data()
     {
         QTest::addColumn<Reply>("reply");
         QTest::addColumn<QString>("shown");
         QTest::newRow("maintenance") << Reply::json(503, R"({"message":"Maintenance","code":"TWPC-9"})")
                                      << u"Maintenance"_s;
+        QTest::newRow("unauthorized") << Reply::json(401, "{}") << u"Tarnwick returned HTTP 401."_s;
         QTest::newRow("gone") << Reply::json(410, "{}") << u"Tarnwick returned HTTP 410."_s;
         // Qt has no error text for a body that cannot be read again.
         QTest::newRow("closed without an answer") << Reply::closeWithoutAnswer() << u"Unknown error"_s;
     }
 
-    void aFailureLeavesTheFormerCodeAsItWas()
+    void aFailureLeavesTheFormerCodeAndTheLinkAsTheyWere()
     {
         QFETCH(Reply, reply);
         QFETCH(QString, shown);
         Run run;
-        run.start();
+        QVERIFY(run.startSignedIn());
         QVERIFY(run.showLinkCode(u"TWPC-1"_s, u"https://pair.example/1"_s));
         run.pollTimer()->setInterval(60000);
 
@@ -184,6 +150,9 @@ private Q_SLOTS:
         QCOMPARE(run.view().line(u"Link code")->text(), u"TWPC-1"_s);
         QVERIFY(run.pollTimer()->isActive());
         QCOMPARE(run.pollTimer()->interval(), 60000);
+        QCOMPARE(run.view().account().constFirst(), u"Signed in as Ann"_s);
+        QVERIFY(run.view().button(u"Unlink")->isEnabled());
+        QCOMPARE(run.savedText(u"access_token"_s), u"token-1"_s);
 
         run.press(u"Open Public Pairing Page");
         QCOMPARE(run.opened.last(), QUrl(u"https://pair.example/1"_s));

@@ -1,7 +1,5 @@
 #include "support/client_test.h"
 
-#include <QFile>
-
 using support::Call;
 using support::callPath;
 using support::Reply;
@@ -79,6 +77,7 @@ private Q_SLOTS:
                                               support::json("'available_cores':") + cores + '}'));
         QVERIFY(run.startSignedIn());
         QCOMPARE(choicesOf(run.view().combo(u"Core")), choices);
+        QVERIFY(run.view().combo(u"Core")->itemIcon(0).isNull());
     }
 
     void theCardThenTheCoresThenTheTextThenTheFetch()
@@ -100,25 +99,22 @@ private Q_SLOTS:
         QCOMPARE(steps, (QStringList{QString(), u"No cores available"_s, u"fetching"_s, u"fetched"_s}));
     }
 
-    void aSuccessfulCheckSavesNothing()
-    {
-        Run run;
-        run.startLinked();
-        QVERIFY(QFile::remove(run.home().stateFile()));
-        QTRY_COMPARE(run.view().status(), u"Loaded 1 Tarnwick project(s)."_s);
-        QVERIFY(!QFile::exists(run.home().stateFile()));
-    }
-
     void aLaterCheckReplacesAccountAndCores()
     {
         Run run;
-        QVERIFY(run.startSignedIn());
         run.server.reply(callPath(Call::Session),
-                         Reply::json(200, R"({"user":{"display_name":"Bob"},"available_cores":[{"key":"core-b"}]})"));
+                         Reply::json(200, R"({"available_cores":[{"key":"a"},{"key":"core-b"}]})"));
+        QVERIFY(run.startSignedIn());
+        run.view().combo(u"Core")->setCurrentIndex(1);
+        run.server.reply(
+            callPath(Call::Session),
+            Reply::json(200, R"({"user":{"display_name":"Bob"},"available_cores":[{"key":"x"},{"key":"core-b"}]})"));
         QVERIFY(run.pollWith(Reply::json(200, R"({"access_token":"token-2"})")));
         QTRY_COMPARE(run.server.count(callPath(Call::Instances)), 2);
         QCOMPARE(run.view().account(), (QStringList{u"Signed in as Bob"_s, u"Plan: Free"_s, u"Limit: -"_s}));
-        QCOMPARE(choicesOf(run.view().combo(u"Core")), (Choices{{u"core-b"_s, u"core-b"_s}}));
+        QCOMPARE(choicesOf(run.view().combo(u"Core")), (Choices{{u"x"_s, u"x"_s}, {u"core-b"_s, u"core-b"_s}}));
+        // Not the choice made before.
+        QCOMPARE(run.view().combo(u"Core")->currentIndex(), 0);
     }
 
 private:

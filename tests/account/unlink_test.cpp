@@ -67,6 +67,7 @@ private Q_SLOTS:
         run.press(u"Unlink");
         QVERIFY(run.markerComesBack());
         QCOMPARE(run.server.count(), 1);
+        QCOMPARE(run.server.requests().constFirst().body, "device_id=desk-1");
     }
 
     void pollingEndsAndTheCodeIsForgotten_data()
@@ -130,35 +131,6 @@ private Q_SLOTS:
         run.press(u"Unlink");
         QCOMPARE(steps, (QStringList{u"timer"_s, u"code"_s, u"name"_s, u"description"_s, u"tags"_s, u"listed"_s,
                                      u"maintenance"_s, QString(), u"No cores available"_s, u"table"_s}));
-    }
-
-    void whatIsUnderWayStaysUnderWay_data()
-    {
-        QTest::addColumn<Call>("call");
-        for (const Call call : support::allCalls()) {
-            QTest::newRow(support::callName(call)) << call;
-        }
-    }
-
-    void whatIsUnderWayStaysUnderWay()
-    {
-        QFETCH(Call, call);
-        Run run;
-        if (call != Call::Session) {
-            QVERIFY(run.prepare(Call::CreateInstance));
-            QVERIFY(run.showLinkCode(u"TWPC-1"_s));
-        }
-        QVERIFY(run.holdCall(call));
-        run.forcePress(u"Unlink");
-        QCOMPARE(run.view().status(), u"Tarnwick desktop client unlinked."_s);
-        QCOMPARE(run.view().account(), notLinked());
-        QCOMPARE(run.view().line(u"Link code")->text(), QString());
-        QCOMPARE(run.view().line(u"GDPS Name")->text(), QString());
-        QVERIFY(!run.pollTimer()->isActive());
-        QVERIFY(!run.view().button(u"Unlink")->isEnabled());
-        // Nothing is aborted, and until its reply arrives no second request of this kind is possible.
-        QCOMPARE(run.server.heldCount(callPath(call)), 1);
-        QVERIFY(support::WindowInside(run.window()).isBusy(int(call)));
     }
 
 private:

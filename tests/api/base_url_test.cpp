@@ -46,6 +46,8 @@ private Q_SLOTS:
         run.view().line(u"Tarnwick URL")->setText(typed);
         run.window().close();
         QCOMPARE(run.savedText(u"origin"_s), baseUrl);
+        // The field shows what was typed.
+        QCOMPARE(run.view().line(u"Tarnwick URL")->text(), typed);
     }
 
     void thePairingPageIsUnderTheBaseUrl_data()

@@ -49,26 +49,6 @@ private Q_SLOTS:
         QCOMPARE(body.first(body.indexOf("&description=")), "display_name=" + encoded);
     }
 
-    void descriptionsAreEncoded_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QByteArray>("encoded");
-        QTest::newRow("lines") << u"one\ntwo"_s << QByteArray("one%0Atwo");
-        QTest::newRow("empty line") << u"one\n\ntwo"_s << QByteArray("one%0A%0Atwo");
-        QTest::newRow("carriage returns") << u"one\r\ntwo"_s << QByteArray("one%0Atwo");
-        QTest::newRow("lines with delimiters") << u"a=1&\nb=2"_s << QByteArray("a%3D1%26%0Ab%3D2");
-    }
-
-    void descriptionsAreEncoded()
-    {
-        QFETCH(QString, text);
-        QFETCH(QByteArray, encoded);
-        run.view().line(u"GDPS Name")->setText(u"x"_s);
-        run.view().description()->setPlainText(text);
-        const QByteArray body = bodyOfNextCreation();
-        QCOMPARE(body.first(body.indexOf("&emoji_badge=")), "display_name=x&description=" + encoded);
-    }
-
     void aLargeTextArrivesWhole()
     {
         // More than any buffer on the way can hold.

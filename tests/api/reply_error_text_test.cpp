@@ -132,28 +132,6 @@ private Q_SLOTS:
         run.checkEnd(outcome);
     }
 
-    void aRefusedPairingDoesNotSignOut_data()
-    {
-        QTest::addColumn<Call>("call");
-        QTest::newRow("link start") << Call::LinkStart;
-        QTest::newRow("link poll") << Call::LinkPoll;
-    }
-
-    void aRefusedPairingDoesNotSignOut()
-    {
-        QFETCH(Call, call);
-        support::ClientRun run;
-        QVERIFY(run.startSignedIn());
-        QVERIFY(run.showLinkCode(u"TWPC-1"_s));
-        run.server.reply(callPath(call), Reply::json(401, R"({"message":"Who is that?"})"));
-        run.bringAbout(call);
-        QTRY_COMPARE(run.view().status(), u"Who is that?"_s);
-        QCOMPARE(run.view().account().constFirst(), u"Signed in as Ann"_s);
-        QVERIFY(run.view().button(u"Unlink")->isEnabled());
-        run.window().close();
-        QCOMPARE(run.savedText(u"access_token"_s), u"token-1"_s);
-    }
-
 private:
     FaultRun list;
 };

@@ -69,13 +69,16 @@ private Q_SLOTS:
         const QList<QWidget*> controls = busyControls(call, run->view());
         QVERIFY(areEnabled(controls));
         QStringList changes;
+        QStringList statuses;
         const support::EnabledWatch watch(controls.constFirst(), [&](bool isEnabled) {
+            statuses.append(run->view().status());
             const bool isSent = run->window().findChild<QNetworkReply*>() != nullptr;
             changes.append((isEnabled ? u"enabled"_s : u"disabled"_s) + (isSent ? u", sent"_s : u", not sent"_s));
         });
         run->bringAbout(call);
-        // No event loop has run since, so this is the effect of the press itself.
+        // No event loop has run since, so this is the effect of the press itself. The status text came first.
         QVERIFY(areDisabled(controls));
+        QCOMPARE(statuses, QStringList{run->view().status()});
         QTRY_VERIFY(areEnabled(controls));
         QCOMPARE(changes, (QStringList{u"disabled, not sent"_s, u"enabled, sent"_s}));
     }

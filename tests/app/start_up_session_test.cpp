@@ -36,22 +36,6 @@ class StartUpSessionTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void theCheckIsUnderWayBeforeTheWindowIsShown()
-    {
-        ClientRun run;
-        run.server.hold(callPath(Call::Session));
-        run.startLinked();
-        QCOMPARE(run.view().status(), u"Checking linked Tarnwick session..."_s);
-        // A check in flight disables this button and not the other one.
-        QVERIFY(!run.view().button(u"Unlink")->isEnabled());
-        QVERIFY(run.view().button(u"Refresh")->isEnabled());
-        QCOMPARE(run.view().account().constFirst(), u"Not linked yet"_s);
-
-        // The check needs no visible window, only the event loop.
-        QTRY_COMPARE(run.server.heldCount(callPath(Call::Session)), 1);
-        QVERIFY(!run.window().isVisible());
-    }
-
     void exactlyOneCheckIsInFlightWhenTheWindowIsFirstShown()
     {
         ClientRun run;
@@ -71,26 +55,6 @@ private Q_SLOTS:
         QTRY_COMPARE(run.view().status(), u"Loaded 1 Tarnwick project(s)."_s);
         QCOMPARE(run.server.count(callPath(Call::Session)), 1);
         QCOMPARE(run.server.count(), 2);
-    }
-
-    void aTokenOfWhiteSpaceIsNone_data()
-    {
-        QTest::addColumn<QString>("token");
-        QTest::newRow("blanks, a tab and line ends") << u"  \t\r\n"_s;
-        QTest::newRow("no-break space") << u"\u00a0"_s;
-    }
-
-    void aTokenOfWhiteSpaceIsNone()
-    {
-        QFETCH(QString, token);
-        ClientRun run;
-        run.home().writeState(support::storedState(run.server.origin(), token));
-        run.startStored();
-        QCOMPARE(run.view().status(), u"Ready to link your Tarnwick account."_s);
-        QVERIFY(!run.view().button(u"Refresh")->isEnabled());
-
-        QVERIFY(run.markerComesBack());
-        QCOMPARE(run.server.count(), 1);
     }
 };
 

@@ -115,7 +115,7 @@ private Q_SLOTS:
         for (QObject* child : children) {
             objects.append(child);
         }
-        QVERIFY(window->findChild<QNetworkAccessManager*>({}, Qt::FindDirectChildrenOnly) != nullptr);
+        QCOMPARE(window->findChildren<QNetworkAccessManager*>(Qt::FindDirectChildrenOnly).size(), 1);
         QVERIFY(window->findChild<QTimer*>({}, Qt::FindDirectChildrenOnly) != nullptr);
 
         window.reset();

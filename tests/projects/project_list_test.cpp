@@ -83,36 +83,6 @@ private Q_SLOTS:
         QCOMPARE(run.view().table()->rowCount(), 1234);
     }
 
-    void refreshSaysSoAndAsksForTheListOnly()
-    {
-        Run run;
-        QVERIFY(run.startSignedIn());
-        run.server.forgetRequests();
-        QString statusWhenAsking;
-        const support::EnabledWatch watch(run.view().button(u"Refresh"), [&](bool enabled) {
-            if (!enabled) {
-                statusWhenAsking = run.view().status();
-            }
-        });
-        QVERIFY(run.holdCall(Call::Instances));
-        QCOMPARE(statusWhenAsking, u"Refreshing your Tarnwick projects..."_s);
-        QCOMPARE(run.view().status(), u"Refreshing your Tarnwick projects..."_s);
-        QCOMPARE(run.view().table()->rowCount(), 1);
-        QCOMPARE(run.server.count(), 1);
-    }
-
-    void aRefreshWhileOneIsUnderWaySetsTheTextOnly()
-    {
-        Run run;
-        QVERIFY(run.startSignedIn());
-        QVERIFY(run.holdCall(Call::Instances));
-        QVERIFY(run.markerComesBack());
-        run.forcePress(u"Refresh");
-        QCOMPARE(run.view().status(), u"Refreshing your Tarnwick projects..."_s);
-        QVERIFY(run.markerComesBack());
-        QCOMPARE(run.server.count(callPath(Call::Instances)), 2);
-    }
-
     void aRefreshWhileUnlinkedSetsTheTextOnly()
     {
         Run run;
@@ -121,25 +91,6 @@ private Q_SLOTS:
         QCOMPARE(run.view().status(), u"Refreshing your Tarnwick projects..."_s);
         QVERIFY(run.markerComesBack());
         QCOMPARE(run.server.count(), 1);
-    }
-
-    void aCreationIsAnnouncedBeforeTheListIsFetched()
-    {
-        Run run;
-        QVERIFY(run.prepare(Call::CreateInstance));
-        QString statusWhenAsking;
-        const support::EnabledWatch watch(run.view().button(u"Refresh"), [&](bool enabled) {
-            if (!enabled) {
-                statusWhenAsking = run.view().status();
-            }
-        });
-        run.server.reply(callPath(Call::Instances),
-                         Reply::json(200, R"({"instances":[{"slug":"neon"},{"slug":"new"}]})"));
-        run.press(u"Create GDPS");
-        QTRY_COMPARE(run.view().status(), u"Loaded 2 Tarnwick project(s)."_s);
-        QCOMPARE(statusWhenAsking, u"Neon Burst is ready."_s);
-        QCOMPARE(run.server.count(callPath(Call::Instances)), 2);
-        QCOMPARE(run.view().row(1).at(1), u"new"_s);
     }
 
     void aSessionCheckDuringAFetchSendsNoSecondOne()

@@ -1,5 +1,8 @@
 """Shared by the service's tests: an application with a clock that tests can set, and clients for it."""
 
+import threading
+from concurrent.futures import ThreadPoolExecutor
+
 import hypothesis
 import pytest
 
@@ -69,6 +72,13 @@ def answer(reply):
     return reply.status_code, reply.json["message"]
 
 
+def at_once(visitors, act):
+    """Runs the same action for all visitors at the same time; returns the sorted statuses."""
+    barrier = threading.Barrier(len(visitors))
+    with ThreadPoolExecutor(len(visitors)) as pool:
+        return sorted(pool.map(lambda visitor: [barrier.wait(), act(visitor).status_code][1], visitors))
+
+
 @pytest.fixture
 def clock():
     return Clock()
@@ -77,6 +87,12 @@ def clock():
 @pytest.fixture
 def visitor(clock):
     return Visitor(Store(":memory:", lambda: clock.now))
+
+
+@pytest.fixture
+def visitors(tmp_path):
+    """Eight, each with its own connection to one data file."""
+    return [Visitor(Store(tmp_path / "service.sqlite")) for _ in range(8)]
 
 
 @pytest.fixture

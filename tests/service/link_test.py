@@ -2,7 +2,8 @@
 
 import re
 
-from conftest import DEVICE, answer
+import pytest
+from conftest import DEVICE, answer, at_once
 
 START = "/api/pc/link/start"
 UNKNOWN = 404, "This link code is unknown. Generate a new one."
@@ -72,6 +73,13 @@ def test_an_approved_code_gives_its_token_once(visitor):
     assert re.fullmatch("[0-9a-f]{64}", reply.json["access_token"])
     assert visitor.get("/api/pc/me", reply.json["access_token"]).status_code == 200
     assert visitor.poll(code).json == {"message": f"Link code {code} has already been used."}
+
+
+@pytest.mark.parametrize("attempt", range(5))
+def test_of_requests_at_the_same_time_one_approves_a_code_and_one_gets_its_token(visitors, attempt):
+    code = visitors[0].start_link()
+    assert at_once(visitors, lambda visitor: visitor.decide(code)) == [303] + [409] * 7
+    assert at_once(visitors, lambda visitor: visitor.poll(code)) == [200] + [410] * 7
 
 
 def test_a_code_that_is_over_says_why_and_cannot_be_approved(visitor, clock):

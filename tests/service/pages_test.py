@@ -1,8 +1,7 @@
 """The pages of the account and its projects."""
 
 import pytest
-from conftest import DEVICE
-
+from conftest import DEVICE, answer
 
 PARTS = {
     "/link/pc": ['<form method="get" action="/link/pc">', ">Continue<"],
@@ -27,7 +26,9 @@ def test_revoking_ends_one_desktop_only_and_once(visitor, clock):
     assert "Linked 2 January 2026, 03:04 UTC. Last seen 2 January 2026, 04:39 UTC." in visitor.read("/")
     reply = visitor.send("/desktops/1/revoke")
     assert (reply.status_code, reply.headers["Location"]) == (303, "/")
-    assert [visitor.get("/api/pc/instances", token).status_code for token in tokens] == [401, 200]
+    replies = [visitor.get("/api/pc/me", headers={"Authorization": f"bEARER {token}"}) for token in tokens]
+    assert answer(replies[0]) == (401, "The link of this desktop was revoked. Link it again.")
+    assert replies[1].status_code == 200
     page = visitor.read("/")
     assert DEVICE not in page and "another desktop" in page
     for number in ("1", "3", "0", "-1", "x", "99999999999999999999"):

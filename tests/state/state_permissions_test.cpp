@@ -64,15 +64,6 @@ private Q_SLOTS:
 #endif
     }
 
-    void aNewFileIsItsOwnersAlone()
-    {
-        const BorrowedUmask nothing(0);
-        const support::TemporaryHome home;
-        support::newClientWindow()->close();
-        QCOMPARE(modeOf(home.stateFile()), "600");
-        QVERIFY(home.stateObject().contains(u"device_id"_s));
-    }
-
     void anExistingFileIsNarrowed_data()
     {
         QTest::addColumn<unsigned>("mode");

@@ -1,5 +1,6 @@
-// The state is saved on six occasions, and on no other. The file is removed before each of them, so it exists
-// afterwards only if the state was saved.
+// The state is saved on six occasions, and on no other. window_end_test tests the saving at the end, link_request_test,
+// link_outcome_test, failed_session_test and unlink_test that of a code, a token and its loss. Here the file is removed
+// before each step, so it exists afterwards only if the state was saved.
 #include "support/client_test.h"
 
 #include <QFile>
@@ -27,15 +28,6 @@ class StateSaveMomentsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void closingSaves()
-    {
-        ClientRun run;
-        QVERIFY(run.startSignedIn());
-        QVERIFY(momentForget(run));
-        QVERIFY(run.window().close());
-        QCOMPARE(run.savedText(u"access_token"_s), u"token-1"_s);
-    }
-
     void askingForACodeSavesBeforeTheRequestGoesOut()
     {
         ClientRun run;
@@ -63,56 +55,6 @@ private Q_SLOTS:
         QVERIFY(!momentHasSaved(run));
     }
 
-    void aNewCodeIsSavedAfterItIsShown()
-    {
-        ClientRun run;
-        run.start();
-        run.server.hold(callPath(Call::LinkStart));
-        run.press(u"Generate Link Code");
-        QTRY_COMPARE(run.server.heldCount(callPath(Call::LinkStart)), 1);
-        QVERIFY(momentForget(run));
-        QList<bool> wasSavedWhenShown;
-        connect(run.view().line(u"Link code"), &QLineEdit::textChanged, this,
-                [&] { wasSavedWhenShown.append(momentHasSaved(run)); });
-        run.server.release(callPath(Call::LinkStart));
-        QTRY_VERIFY(momentHasSaved(run));
-        QCOMPARE(wasSavedWhenShown, QList<bool>{false});
-    }
-
-    void anApprovalSavesTheTokenBeforeTheSessionIsChecked()
-    {
-        ClientRun run;
-        QVERIFY(run.prepare(Call::LinkPoll));
-        QVERIFY(momentForget(run));
-        run.server.reply(callPath(Call::LinkPoll), Reply::json(200, R"({"access_token":"  t-2\n"})"));
-        // The check starts with updateControls(), which enables the button for the first time.
-        QStringList tokens;
-        const support::EnabledWatch watch(run.view().button(u"Refresh"),
-                                          [&](bool) { tokens.append(run.savedText(u"access_token"_s)); });
-        run.server.hold(callPath(Call::Session));
-        run.tick();
-        QTRY_COMPARE(run.server.heldCount(callPath(Call::Session)), 1);
-        QCOMPARE(tokens, QStringList{u"t-2"_s});
-    }
-
-    void aFailedSessionCheckSavesWithoutTheToken()
-    {
-        ClientRun run;
-        run.server.reply(callPath(Call::Session), Reply::empty(401));
-        run.startLinked();
-        QCOMPARE(run.savedText(u"access_token"_s), u"token-1"_s);
-        QTRY_COMPARE(run.view().status(), u"Tarnwick returned HTTP 401."_s);
-        QCOMPARE(run.home().readState(), support::storedState(run.server.origin()));
-    }
-
-    void unlinkingSavesWithoutTheToken()
-    {
-        ClientRun run;
-        QVERIFY(run.startSignedIn());
-        run.press(u"Unlink");
-        QCOMPARE(run.home().readState(), support::storedState(run.server.origin()));
-    }
-
     void nothingElseSaves_data()
     {
         QTest::addColumn<Call>("call");
@@ -123,6 +65,7 @@ private Q_SLOTS:
         QTest::newRow("pending poll") << Call::LinkPoll << Reply::json(202, R"({"message":"Wait"})") << u"Wait"_s;
         QTest::newRow("failed poll") << Call::LinkPoll << Reply::empty(500) << failure;
         QTest::newRow("expired poll") << Call::LinkPoll << Reply::empty(410) << u"Tarnwick returned HTTP 410."_s;
+        QTest::newRow("session check") << Call::Session << Reply::json(200, "{}") << u"Loaded 1 Tarnwick project(s)."_s;
         QTest::newRow("project list") << Call::Instances << Reply::json(200, "{}")
                                       << u"Loaded 0 Tarnwick project(s)."_s;
         QTest::newRow("failed project list") << Call::Instances << Reply::empty(500) << failure;

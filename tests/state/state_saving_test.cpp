@@ -41,38 +41,6 @@ private Q_SLOTS:
         QCOMPARE(home.readState(), saved);
     }
 
-    void theUrlFieldIsWhatIsSaved_data()
-    {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("saved");
-        QTest::newRow("without a scheme") << u"example.test/"_s << u"https://example.test"_s;
-        QTest::newRow("emptied") << QString() << support::defaultBaseUrl();
-    }
-
-    void theUrlFieldIsWhatIsSaved()
-    {
-        QFETCH(QString, typed);
-        QFETCH(QString, saved);
-        const support::TemporaryHome home;
-        home.writeState(support::storedState(u"http://stored.example"_s));
-        const auto window = support::newClientWindow();
-        const support::WindowView view(*window);
-        view.line(u"Tarnwick URL")->setText(typed);
-        window->close();
-        QCOMPARE(home.stateObject().value(u"origin"_s).toString(), saved);
-        // Only the file is normalised; the field shows what was typed.
-        QCOMPARE(view.line(u"Tarnwick URL")->text(), typed);
-    }
-
-    void aRemovedFolderIsMadeAgain()
-    {
-        const support::TemporaryHome home;
-        const auto window = support::newClientWindow();
-        QVERIFY(QDir(home.path() + u"/Library"_s).removeRecursively());
-        window->close();
-        QVERIFY(QFile::exists(home.stateFile()));
-    }
-
     void whatCannotBeSavedIsIgnored_data()
     {
         QTest::addColumn<bool>("isFolderMissing");
@@ -101,32 +69,6 @@ private Q_SLOTS:
         QVERIFY(run.window().close());
         QCOMPARE(QFileInfo(library).isFile(), isFolderMissing);
         QCOMPARE(QFileInfo(run.home().stateFile()).isDir(), !isFolderMissing);
-    }
-
-    void theLastOfTwoClientsWins()
-    {
-        const support::TemporaryHome home;
-        const auto first = support::newClientWindow();
-        const auto second = support::newClientWindow();
-        support::WindowView(*first).line(u"Tarnwick URL")->setText(u"first.example"_s);
-        support::WindowView(*second).line(u"Tarnwick URL")->setText(u"second.example"_s);
-        second->close();
-        QCOMPARE(home.stateObject().value(u"origin"_s).toString(), u"https://second.example"_s);
-        first->close();
-        QCOMPARE(home.stateObject().value(u"origin"_s).toString(), u"https://first.example"_s);
-    }
-
-    void theFileIsRewrittenInPlace()
-    {
-        const support::TemporaryHome home;
-        home.writeState(json("{'device_id':'d'}"));
-        // A file kept open sees the new content only if no other file takes its place.
-        QFile kept(home.stateFile());
-        QVERIFY(kept.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
-        support::newClientWindow()->close();
-        const QByteArray seen = kept.readAll();
-        QVERIFY(seen.contains("origin"));
-        QCOMPARE(seen, home.readState());
     }
 };
 

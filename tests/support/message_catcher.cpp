@@ -39,12 +39,6 @@ QStringList MessageCatcher::messages() const
     return texts;
 }
 
-void MessageCatcher::clear()
-{
-    const QMutexLocker lock(&m_mutex);
-    m_entries.clear();
-}
-
 void MessageCatcher::handle(QtMsgType type, const QMessageLogContext& context, const QString& text)
 {
     MessageCatcher* catcher = innermostCatcher;

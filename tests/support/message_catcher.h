@@ -26,7 +26,6 @@ public:
     /// In the order in which they were printed.
     QList<CaughtMessage> entries() const;
     QStringList messages() const;
-    void clear();
 
 private:
     static void handle(QtMsgType type, const QMessageLogContext& context, const QString& text);

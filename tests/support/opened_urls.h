@@ -36,7 +36,6 @@ public:
     bool isEmpty() const { return m_urls.isEmpty(); }
     /// The address opened last; empty if there is none.
     QUrl last() const { return m_urls.isEmpty() ? QUrl() : m_urls.constLast(); }
-    void clear() { m_urls.clear(); }
 
 public Q_SLOTS:
     /// QDesktopServices calls this by its name.

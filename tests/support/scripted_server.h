@@ -84,8 +84,6 @@ public:
     void closeIdleConnections();
     /// Closes everything; from now on connections are refused.
     void stop();
-    /// Listens again on the same port.
-    void restart() { listen(); }
 
 private:
     struct Route

@@ -46,8 +46,6 @@ private Q_SLOTS:
             }
             QCOMPARE(opened.urls(), urls);
             QCOMPARE(opened.last(), QUrl(u"/relative"_s));
-            opened.clear();
-            QCOMPARE(opened.count(), 0);
         }
         const MessageCatcher catcher; // QDesktopServices prints a message about an unknown scheme
         QVERIFY(!QDesktopServices::openUrl(QUrl(u"odd:2"_s)));

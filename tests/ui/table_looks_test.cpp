@@ -11,7 +11,6 @@
 
 using support::Call;
 using support::callPath;
-using support::colourInside;
 using support::hasColour;
 using support::pictureOf;
 using support::Reply;

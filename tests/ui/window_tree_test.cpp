@@ -32,7 +32,7 @@ private Q_SLOTS:
     void theNewWindowIsAsStated()
     {
         Run run;
-        run.setOrigin(u"hosting.example//"_s);
+        run.setOrigin(u" hosting.example// "_s); // the field shows it trimmed
         run.start();
         // Only what the window sets itself: the style sheet would hide fonts and colours.
         qApp->setStyleSheet({});
