@@ -57,7 +57,7 @@ def test_a_name_is_enough(visitor, token):
 
 
 def test_every_field_is_kept_up_to_the_longest_text(visitor, token):
-    fields = {"emoji_badge": "👩‍🚀", "accent_color": "#0aF", "tags": "t, " * 46 + "t", "preset_name": "hardcore"}
+    fields = {"emoji_badge": "👩‍🚀", "accent_color": "#0aF", "tags": "t, " * 46 + "tt", "preset_name": "hardcore"}
     fields |= {"display_name": "ж" * 80, "description": "x" * 3991 + "\nsecond\tl", "core_key": "gdps-1.9"}
     sent = {**fields, "display_name": f" {'ж' * 80} ", "description": fields["description"].replace("\n", "\r\n")}
     reply = visitor.create(token, **sent, public_listing="true", maintenance_mode="true")
