@@ -50,7 +50,7 @@ def test_a_token_is_good_until_its_desktop_is_revoked(visitor, token):
 def test_a_name_is_enough(visitor, token):
     reply = visitor.create(token)
     created = reply.json["instance"]
-    assert answer(reply) == (201, "Star Field is online.")
+    assert answer(reply) == (201, "Star Field is online.") and "🔥" in reply.text
     assert created == visitor.get("/api/pc/instances", token).json["instances"][-1]
     defaults = {"core_label": "GDPS 2.2", "emoji_badge": "🔥", "accent_color": "#ff8f1f", "preset_name": "balanced"}
     assert created == {**created, **defaults, "slug": "star-field", "public_listing": False, "description": ""}

@@ -81,7 +81,8 @@ def test_an_unusable_data_file_is_left_alone_and_a_failure_of_one_line(tmp_path)
     (tmp_path / "letter").write_text("This is a letter and not a database, as its first line tells already.")
     notes = sqlite3.connect(tmp_path / "notes")
     notes.execute("CREATE TABLE notes (text TEXT)")
-    for name in ("no folder/file", ".", "letter", "notes"):
+    Store(tmp_path / "newer").run("PRAGMA user_version = 3")
+    for name in ("no folder/file", ".", "letter", "notes", "newer"):
         code, output, errors = Program("--data", tmp_path / name).outcome()
         assert (code, output) == (1, "") and re.fullmatch("tarnwick: cannot use the data file: .+\n", errors)
     assert notes.execute("SELECT name FROM sqlite_master").fetchall() == [("notes",)]
@@ -123,3 +124,4 @@ def test_limits_and_hosts_hold_on_the_wire():
         for hosts in (b"", b"Host: localhost\r\nHost: evil.example\r\n"):
             with program.connect(b"GET / HTTP/1.1\r\n" + hosts + b"\r\n") as connection:
                 assert connection.recv(100).startswith(b"HTTP/1.1 421 ")
+        assert program.outcome(signal.SIGTERM)[2] == ""
