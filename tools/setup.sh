@@ -5,10 +5,11 @@
 client_packages="g++ cmake ninja-build qt6-base-dev"
 service_packages="python3 python3-flask python3-waitress"
 font_packages="fonts-dejavu-core fonts-noto-color-emoji"
-# What ./run needs for opening addresses in a web browser.
+# What ./run needs on a display: to open addresses in a web browser, and to run under Wayland.
 display_packages="xdg-utils qt6-wayland"
 # What a walk through the client on a virtual screen needs.
-walk_packages="$font_packages xvfb openbox dbus-daemon at-spi2-core python3-pyatspi python3-pil xdotool"
+walk_packages="$font_packages xvfb openbox dbus-daemon at-spi2-core gir1.2-atspi-2.0 python3-gi python3-pil
+    xdotool"
 
 # The walk needs X and runs on Linux only.
 [ "$(uname)" = Linux ] || walk_packages=
@@ -18,9 +19,9 @@ quick_packages="$client_packages $service_packages $walk_packages openssl python
 e2e_packages="chromium chromium-driver"
 fuzz_packages="clang libclang-rt-dev"
 lint_packages="clang-format clang-tidy clazy black flake8 codespell"
-packaging_packages="imagemagick build-essential debhelper lintian desktop-file-utils appstream librsvg2-bin icnsutils clang libc++-dev
-    libc++abi-dev x11-utils weston qt6-wayland debootstrap git"
 machines_packages="debootstrap gpgv git"
+packaging_packages="imagemagick build-essential debhelper lintian desktop-file-utils appstream librsvg2-bin icnsutils clang libc++-dev
+    x11-utils weston qt6-wayland $machines_packages"
 bench_packages="$client_packages $service_packages $walk_packages python3-psutil python3-xlib binutils"
 peer_packages="chromium keepassxc qbittorrent"
 
@@ -100,9 +101,11 @@ content_of() {
     cmake) echo "cmake, 3.25 or newer" ;;
     ninja-build) echo ninja ;;
     qt6-base-dev) echo "Qt 6.4 or newer, with Network and Widgets" ;;
-    python3-pyatspi) echo "Python's gi with Atspi" ;;
+    gir1.2-atspi-2.0) echo "Atspi 2.0 for Python's gi" ;;
     python3-*) echo "Python's ${1#python3-}" ;;
     at-spi2-core) echo "the accessibility bus" ;;
+    fonts-dejavu-core) echo DejaVuSans.ttf ;;
+    fonts-noto-color-emoji) echo NotoColorEmoji.ttf ;;
     xvfb) echo Xvfb ;;
     imagemagick) echo convert ;;
     xdg-utils) echo xdg-open ;;
@@ -115,7 +118,7 @@ content_of() {
     appstream) echo appstreamcli ;;
     icnsutils) echo icns2png ;;
     x11-utils) echo xprop ;;
-    binutils) echo objdump ;;
+    binutils) echo strip ;;
     *) echo "$1" ;;
     esac
 }
@@ -125,14 +128,16 @@ is_there() {
     case $1 in
     cmake) has_cmake ;;
     qt6-base-dev) finds_qt ;;
-    python3-pyatspi) python_with 'gi; gi.require_version("Atspi", "2.0")' >/dev/null ;;
+    gir1.2-atspi-2.0) python_with 'gi; gi.require_version("Atspi", "2.0")' >/dev/null ;;
     python3-pil) python_with PIL >/dev/null ;;
     python3-xlib) python_with Xlib >/dev/null ;;
     python3-*) python_with "${1#python3-}" >/dev/null ;;
     at-spi2-core) [ -e /usr/share/dbus-1/services/org.a11y.Bus.service ] ;;
     xdg-utils) has xdg-open || [ "$(uname)" = Darwin ] ;;
-    # On other systems these are part of another package, or CMake looks for them.
-    fonts-* | lib*-dev | qt6-wayland) true ;;
+    # Only the walk needs certain fonts.
+    fonts-*) has_display || has_font "$(content_of "$1")" ;;
+    # On other systems these are part of another package.
+    lib*-dev | qt6-wayland) true ;;
     *)
         content=$(content_of "$1")
         has "${content%%,*}"
@@ -146,7 +151,7 @@ has_cmake() {
     cmake -P build/version.cmake >/dev/null 2>&1
 }
 
-has_font() { [ "$(uname)" = Darwin ] || [ -n "$(find /usr/share/fonts -name "$1" 2>/dev/null)" ]; }
+has_font() { [ -n "$(find /usr/share/fonts -name "$1" 2>/dev/null)" ]; }
 
 # Asks CMake, since the build finds Qt with it.
 finds_qt() {

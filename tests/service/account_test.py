@@ -42,14 +42,14 @@ def test_a_call_without_a_good_token_is_refused(visitor, header):
 def test_a_name_is_enough(visitor, token):
     reply = visitor.create(token)
     created = reply.json["instance"]
-    assert answer(reply) == (201, "Star Field is online.")
+    assert answer(reply) == (201, "Star Field is online.") and "🔥" in reply.text
     assert created == visitor.get("/api/pc/instances", token).json["instances"][-1]
     defaults = {"core_label": "GDPS 2.2", "emoji_badge": "🔥", "accent_color": "#ff8f1f", "preset_name": "balanced"}
     assert created == {**created, **defaults, "slug": "star-field", "public_listing": False, "description": ""}
 
 
 def test_every_field_is_kept_up_to_the_longest_text(visitor, token):
-    fields = {"emoji_badge": "👩‍🚀", "accent_color": "#0aF", "tags": "t, " * 46 + "t", "preset_name": "hardcore"}
+    fields = {"emoji_badge": "👩‍🚀", "accent_color": "#0aF", "tags": "t, " * 46 + "tt", "preset_name": "hardcore"}
     fields |= {"display_name": "ж" * 80, "description": "x" * 3991 + "\nsecond\tl", "core_key": "gdps-1.9"}
     sent = {**fields, "display_name": f" {'ж' * 80} ", "description": fields["description"].replace("\n", "\r\n")}
     reply = visitor.create(token, **sent, public_listing="true", maintenance_mode="true")

@@ -86,10 +86,11 @@ def test_a_browser_is_given_a_form_token_and_keeps_it(visitor):
 
 
 def test_replies_tell_browsers_to_be_strict(visitor):
+    names = ("X-Frame-Options", "X-Content-Type-Options", "Referrer-Policy", "Cache-Control")
     for path in ("/", "/nothing", "/api/pc/me"):
         headers = visitor.get(path).headers
         assert headers["Content-Security-Policy"].startswith("default-src 'none'; style-src 'self'; img-src 'self';")
-        assert (headers["X-Content-Type-Options"], headers["Cache-Control"]) == ("nosniff", "no-store")
+        assert [headers[name] for name in names] == ["DENY", "nosniff", "same-origin", "no-store"]
 
 
 def test_the_log_has_a_line_for_each_request_and_no_secrets(visitor, capsys):

@@ -1,6 +1,5 @@
 """The program: first line, options, exit status, data file."""
 
-import http.client
 import re
 import select
 import signal
@@ -10,6 +9,9 @@ import stat
 import subprocess
 import sys
 from concurrent.futures import ThreadPoolExecutor
+from contextlib import closing
+from functools import cached_property
+from http.client import HTTPConnection
 from pathlib import Path
 from urllib.parse import urlencode
 
@@ -22,19 +24,20 @@ ROOT = Path(__file__).parents[2]
 FORM = {"Content-Type": "application/x-www-form-urlencoded"}
 
 
-class Program:
+class Program(subprocess.Popen):
     def __init__(self, *options):
         command = [sys.executable, "-m", "tarnwick", *map(str, options)]
-        self.process = subprocess.Popen(command, cwd=ROOT, text=True, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-
-    def __enter__(self):
-        first_line = self.process.stdout.readline()
-        self.port = int(re.fullmatch(r"Tarnwick service on http://127\.0\.0\.1:(\d+)\n", first_line)[1])
-        return self
+        super().__init__(command, cwd=ROOT, text=True, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
 
     def __exit__(self, *_):
-        self.process.kill()
-        self.process.communicate()
+        self.kill()
+        self.communicate()
+
+    @cached_property
+    def port(self):
+        """From the first line. Without one in 20 seconds the test fails."""
+        (output,), _, _ = select.select([self.stdout], [], [], 20)
+        return int(re.fullmatch(r"Tarnwick service on http://127\.0\.0\.1:(\d+)\n", output.readline())[1])
 
     def connect(self, sent):
         connection = socket.create_connection(("127.0.0.1", self.port), timeout=10)
@@ -42,15 +45,16 @@ class Program:
         return connection
 
     def status(self, method, path, fields=()):
-        connection = http.client.HTTPConnection("127.0.0.1", self.port, timeout=10)
-        connection.request(method, path, urlencode(fields), FORM)
-        return connection.getresponse().status
+        with closing(HTTPConnection("127.0.0.1", self.port, timeout=10)) as connection:
+            connection.request(method, path, urlencode(fields), FORM)
+            return connection.getresponse().status
 
     def outcome(self, number=0):
         """Exit code, output and errors, after sending the signal unless it is 0."""
-        self.process.send_signal(number)
-        output, errors = self.process.communicate(timeout=20)
-        return self.process.returncode, output, errors
+        with self:
+            self.send_signal(number)
+            output, errors = self.communicate(timeout=20)
+        return self.returncode, output, errors
 
 
 @pytest.mark.parametrize("number", [signal.SIGINT, signal.SIGTERM])
@@ -77,7 +81,8 @@ def test_an_unusable_data_file_is_left_alone_and_a_failure_of_one_line(tmp_path)
     (tmp_path / "letter").write_text("This is a letter and not a database, as its first line tells already.")
     notes = sqlite3.connect(tmp_path / "notes")
     notes.execute("CREATE TABLE notes (text TEXT)")
-    for name in ("no folder/file", ".", "letter", "notes"):
+    Store(tmp_path / "newer").run("PRAGMA user_version = 3")
+    for name in ("no folder/file", ".", "letter", "notes", "newer"):
         code, output, errors = Program("--data", tmp_path / name).outcome()
         assert (code, output) == (1, "") and re.fullmatch("tarnwick: cannot use the data file: .+\n", errors)
     assert notes.execute("SELECT name FROM sqlite_master").fetchall() == [("notes",)]
@@ -91,8 +96,7 @@ def test_what_was_answered_survives_a_kill_and_the_rest_is_whole_or_absent(tmp_p
     body = urlencode({"display_name": "Torn", "description": "d" * 3000})
     outcomes = set()
     for patience in (0.0001, 0.002, 0.004, 0.008, 10):
-        with Program("--data", path) as program:
-            connection = http.client.HTTPConnection("127.0.0.1", program.port)
+        with Program("--data", path) as program, closing(HTTPConnection("127.0.0.1", program.port)) as connection:
             connection.request("POST", "/api/pc/instances/create", body, FORM | {"Authorization": f"Bearer {token}"})
             is_answered = bool(select.select([connection.sock], [], [], patience)[0])
             program.outcome(signal.SIGKILL)
@@ -120,3 +124,4 @@ def test_limits_and_hosts_hold_on_the_wire():
         for hosts in (b"", b"Host: localhost\r\nHost: evil.example\r\n"):
             with program.connect(b"GET / HTTP/1.1\r\n" + hosts + b"\r\n") as connection:
                 assert connection.recv(100).startswith(b"HTTP/1.1 421 ")
+        assert program.outcome(signal.SIGTERM)[2] == ""
