@@ -7,26 +7,12 @@
 using support::Call;
 using support::Reply;
 
-/// The project table with one project.
+/// The widths of the project table's columns.
 class ListPageTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void aCellHoldsItsTextAndTheStatusItsColour()
-    {
-        Run run;
-        QVERIFY(run.startSignedIn());
-        const QAbstractItemModel* cells = run.view().table()->model();
-        QCOMPARE(cells->rowCount(), 1);
-        for (int column = 0; column < 4; ++column) {
-            const QMap<int, QVariant> roles = cells->itemData(cells->index(0, column));
-            const QList<int> text{Qt::DisplayRole};
-            QCOMPARE(roles.keys(), column == 3 ? text + QList<int>{Qt::ForegroundRole} : text);
-            QCOMPARE(run.view().table()->item(0, column)->flags(), QTableWidgetItem().flags());
-        }
-    }
-
     void theFirstColumnTakesTheSpareWidth()
     {
         Run run;
