@@ -27,6 +27,7 @@ struct RightsCalls
 RightsCalls rightsCalls;
 // The permissions of a file before they were last set by a handle.
 mode_t rightsBefore = 0;
+/// Called when a handle sets permissions, which every save does.
 std::function<void()> whileSaving;
 constexpr RightsCalls rightsOfASave{.byPath = 0, .byHandle = 1};
 
