@@ -92,6 +92,7 @@ private Q_SLOTS:
         run->press(u"Create GDPS");
         QTRY_COMPARE(run->server.heldCount(callPath(Call::Instances)), 1);
         QCOMPARE(run->view().status(), sentence);
+        QCOMPARE(run->view().table()->rowCount(), 1); // the new project comes with the list
     }
 
     void theListIsNotFetchedTwice()

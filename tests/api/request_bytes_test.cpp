@@ -129,6 +129,9 @@ private Q_SLOTS:
         QCOMPARE(reply->property("taskKind").typeId(), QMetaType::Int);
         QCOMPARE(reply->property("taskKind").toInt(), kind);
         QCOMPARE(reply->request().transferTimeout(), 20000);
+        // The reply owns the body of its request. Nobody else would delete it.
+        const bool hasBody = call == Call::LinkStart || call == Call::CreateInstance;
+        QCOMPARE(reply->findChildren<QIODevice*>().size(), hasBody ? 1 : 0);
     }
 
 private:

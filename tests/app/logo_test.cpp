@@ -106,6 +106,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("kind");
         QTest::newRow("folder") << u"folder"_s;
         QTest::newRow("file that is no image") << u"file"_s;
+        QTest::newRow("empty file") << u"empty"_s;
         QTest::newRow("neither, a socket") << u"socket"_s;
     }
 
@@ -118,9 +119,10 @@ private Q_SLOTS:
         QLocalServer socket;
         if (kind == u"folder"_s) {
             QVERIFY(QDir().mkdir(first));
-        } else if (kind == u"file"_s) {
+        } else if (kind != u"socket"_s) {
             QFile file(first);
-            QVERIFY(file.open(QIODevice::WriteOnly) && file.write("\x89PNG\r\n\x1a\n and nothing more") > 0);
+            const QByteArray content = kind == u"file"_s ? "\x89PNG\r\n\x1a\n and nothing more" : "";
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
         } else {
             QVERIFY(socket.listen(first));
         }

@@ -1,6 +1,7 @@
 // A start with a stored token: the session is checked at once.
 #include "support/client_test.h"
 
+#include <QApplication>
 #include <QEvent>
 
 using support::Call;
@@ -8,25 +9,23 @@ using support::ClientRun;
 
 namespace {
 
-/// Remembers the text of the status line when it was first painted.
-class FirstPaintWatcher : public QObject
+/// Remembers the text of the status line when "Unlink" was disabled, also during the window's construction.
+class UnlinkWatcher : public QObject
 {
 public:
-    explicit FirstPaintWatcher(QLabel* label) : watched(label) { label->installEventFilter(this); }
+    UnlinkWatcher() { qApp->installEventFilter(this); }
 
-    QString textAtFirstPaint;
+    QString textWhenDisabled;
 
 protected:
     bool eventFilter(QObject* object, QEvent* event) override
     {
-        if (event->type() == QEvent::Paint && textAtFirstPaint.isNull()) {
-            textAtFirstPaint = watched->text();
+        const auto* button = qobject_cast<QPushButton*>(object);
+        if (event->type() == QEvent::EnabledChange && button != nullptr && button->text() == u"Unlink"_s) {
+            textWhenDisabled = support::WindowView(*button->window()).status();
         }
-        return QObject::eventFilter(object, event);
+        return false;
     }
-
-private:
-    QLabel* watched;
 };
 
 } // namespace
@@ -36,17 +35,34 @@ class StartUpSessionTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void theCheckIsUnderWayBeforeTheWindowIsShown()
+    {
+        ClientRun run;
+        run.server.hold(callPath(Call::Session));
+        const UnlinkWatcher watcher;
+        run.startLinked();
+        QCOMPARE(watcher.textWhenDisabled, u"Checking linked Tarnwick session..."_s);
+        QCOMPARE(run.view().status(), watcher.textWhenDisabled);
+        // A check in flight disables this button and not the other one.
+        QVERIFY(!run.view().button(u"Unlink")->isEnabled());
+        QVERIFY(run.view().button(u"Refresh")->isEnabled());
+        QCOMPARE(run.view().account().constFirst(), u"Not linked yet"_s);
+
+        // The check needs no visible window, only the event loop.
+        QTRY_COMPARE(run.server.heldCount(callPath(Call::Session)), 1);
+        QVERIFY(!run.window().isVisible());
+    }
+
     void exactlyOneCheckIsInFlightWhenTheWindowIsFirstShown()
     {
         ClientRun run;
         run.server.hold(callPath(Call::Session));
         run.startLinked();
-        const FirstPaintWatcher watcher(run.view().label(u"StatusText"_s));
         run.window().show();
         QVERIFY(QTest::qWaitForWindowExposed(&run.window()));
-        QTRY_COMPARE(watcher.textAtFirstPaint, u"Checking linked Tarnwick session..."_s);
         QTRY_COMPARE(run.server.heldCount(callPath(Call::Session)), 1);
         QCOMPARE(run.server.count(), 1);
+        QCOMPARE(run.view().status(), u"Checking linked Tarnwick session..."_s);
         const support::RecordedRequest request = run.server.requests().constFirst();
         QCOMPARE(request.method, "GET");
         QCOMPARE(request.header("Authorization"), "Bearer token-1");

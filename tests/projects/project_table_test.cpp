@@ -64,7 +64,10 @@ private Q_SLOTS:
 
         run.view().table()->selectRow(2);
         QCOMPARE(table->currentRow(), 2);
+        QString textWhenSelected;
+        connect(table, &QTableWidget::itemSelectionChanged, this, [&] { textWhenSelected = run.view().status(); });
         QVERIFY(refreshTo(run, "{},{},{}"));
+        QCOMPARE(textWhenSelected, u"Refreshing your Tarnwick projects..."_s); // the count comes last
         QCOMPARE(table->rowCount(), 3);
         QCOMPARE(table->currentRow(), 0);
         QCOMPARE(selectedRows(table), QList<int>{0});

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <filesystem>
+#include <functional>
 #include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -26,6 +27,8 @@ struct RightsCalls
 RightsCalls rightsCalls;
 // The permissions of a file before they were last set by a handle.
 mode_t rightsBefore = 0;
+/// Called when a handle sets permissions, which every save does.
+std::function<void()> whileSaving;
 constexpr RightsCalls rightsOfASave{.byPath = 0, .byHandle = 1};
 
 /// The system's own function of this name.
@@ -94,6 +97,9 @@ int countedFchmod(int file, mode_t mode) noexcept
     ++rightsCalls.byHandle;
     struct stat entry = {};
     rightsBefore = ::fstat(file, &entry) == 0 ? entry.st_mode & 0777 : 0;
+    if (whileSaving) {
+        whileSaving();
+    }
     return rightsFunction<int(int, mode_t)>("fchmod")(file, mode);
 }
 
@@ -152,6 +158,19 @@ private Q_SLOTS:
         QCOMPARE(rightsBefore, 0600);
         // Created, restricted, written.
         QCOMPARE(watch.events(), QList<quint32>({IN_CREATE, IN_ATTRIB, IN_MODIFY}));
+    }
+
+    void unlinkingIsSavedBeforeItIsAnnounced()
+    {
+        support::ClientRun run;
+        QVERIFY(run.startSignedIn());
+        QString text;
+        whileSaving = [&] {
+            text = run.view().status();
+        };
+        run.press(u"Unlink");
+        whileSaving = nullptr;
+        QCOMPARE(text, u"Loaded 1 Tarnwick project(s)."_s);
     }
 };
 #else

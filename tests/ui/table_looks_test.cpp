@@ -130,10 +130,16 @@ private Q_SLOTS:
             const QRect cell = table->visualItemRect(table->currentItem());
             return pictureOf(table->viewport()).pixelColor(cell.left() + 1, cell.center().y()).name();
         };
+        const auto insideOfTheFrame = [table] {
+            return pictureOf(table->viewport())
+                .copy(table->visualItemRect(table->currentItem()).adjusted(2, 2, -2, -2));
+        };
         table->clearFocus();
         QCOMPARE(edgeOfTheCell(), u"#733313"_s);
+        const QImage unfocused = insideOfTheFrame();
         table->setFocus();
         QCOMPARE(edgeOfTheCell(), u"#fff4de"_s);
+        QCOMPARE(insideOfTheFrame(), unfocused); // neither filled nor marked by Qt
     }
 
     void aCutTextEndsWithAMark()
