@@ -12,12 +12,10 @@ from harness import waiting
 from harness.child_process import ChildProcess, end_all
 from harness.screen import screenshot
 
-_FONT_FOLDER = "/usr/share/fonts"
-
 
 def _font_file(name):
     """The path of a font, which depends on the distribution."""
-    return str(next(pathlib.Path(_FONT_FOLDER).rglob(name), name))
+    return str(next(pathlib.Path("/usr/share/fonts").rglob(name), name))
 
 
 # The same fonts on every machine, whatever else is installed, drawn in the same way.
@@ -27,7 +25,8 @@ _EMOJI_FONT = _font_file("NotoColorEmoji.ttf")
 _FONTS = f"""<?xml version="1.0"?>
 <!DOCTYPE fontconfig SYSTEM "urn:fontconfig:fonts.dtd">
 <fontconfig>
-  <dir>{_FONT_FOLDER}</dir>
+  <dir>{os.path.dirname(TEXT_FONT)}</dir>
+  <dir>{os.path.dirname(_EMOJI_FONT)}</dir>
   <cachedir>{{cache}}</cachedir>
   <selectfont>
     <rejectfont><glob>*</glob></rejectfont>
