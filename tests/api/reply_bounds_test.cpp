@@ -47,7 +47,8 @@ private Q_SLOTS:
         if (peak == 0) {
             QSKIP("This system does not report the peak memory, or a sanitizer keeps freed memory.");
         }
-        QVERIFY2(peak < 400 * boundsMebibyte, qPrintable(u"%1 MiB"_s.arg(peak / boundsMebibyte)));
+        // An endless body is a gibibyte. Qt 6.8 has needed 430 MiB for the other ones.
+        QVERIFY2(peak < 600 * boundsMebibyte, qPrintable(u"%1 MiB"_s.arg(peak / boundsMebibyte)));
     }
 
     void aBodyOverTheBoundIsAborted_data()

@@ -21,7 +21,7 @@ from fresh_machine.testing import main, new_machine, timed  # noqa: E402
 SHORT_FORMS = [
     (r"^\./test(?= *(#|$))", "./test state_loading", "all of it runs on a fresh Debian 13"),
     (r"^\./test --all", ". tools/setup.sh; ensure_packages $lint_packages $fuzz_packages", "this is one of its tests"),
-    (r"^tools/lint", "tools/lint build/dev client", "./test --all checks all units"),
+    (r"^tools/lint", "tools/lint build/dev TarnwickClient", "./test --all checks all units"),
     (
         r"cmake --build --preset asan && ctest --preset asan -L client",
         "cmake --build --preset asan --target client_tests && ctest --preset asan -R state_loading",

@@ -65,7 +65,8 @@ private Q_SLOTS:
         run.view().table()->selectRow(2);
         QCOMPARE(table->currentRow(), 2);
         QString textWhenSelected;
-        connect(table, &QTableWidget::itemSelectionChanged, this, [&] { textWhenSelected = run.view().status(); });
+        const QObject context;
+        connect(table, &QTableWidget::itemSelectionChanged, &context, [&] { textWhenSelected = run.view().status(); });
         QVERIFY(refreshTo(run, "{},{},{}"));
         QCOMPARE(textWhenSelected, u"Refreshing your Tarnwick projects..."_s); // the count comes last
         QCOMPARE(table->rowCount(), 3);
