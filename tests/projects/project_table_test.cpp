@@ -65,8 +65,10 @@ private Q_SLOTS:
         run.view().table()->selectRow(2);
         QCOMPARE(table->currentRow(), 2);
         QString textWhenSelected;
-        const QObject context;
-        connect(table, &QTableWidget::itemSelectionChanged, &context, [&] { textWhenSelected = run.view().status(); });
+        const auto noteText = [&] {
+            textWhenSelected = run.view().status();
+        };
+        connect(run.view().table(), &QTableWidget::itemSelectionChanged, this, [&] { noteText(); });
         QVERIFY(refreshTo(run, "{},{},{}"));
         QCOMPARE(textWhenSelected, u"Refreshing your Tarnwick projects..."_s); // the count comes last
         QCOMPARE(table->rowCount(), 3);
