@@ -102,7 +102,6 @@ public:
     /// Waits before the first byte.
     Reply delay(int ms) const { return with(&Reply::m_delayMs, ms); }
     Reply drip(int bytesPerStep, int everyMs) const { return dripPart(true, true, bytesPerStep, everyMs); }
-    Reply dripHead(int bytesPerStep, int everyMs) const { return dripPart(true, false, bytesPerStep, everyMs); }
     Reply dripBody(int bytesPerStep, int everyMs) const { return dripPart(false, true, bytesPerStep, everyMs); }
     /// Sends the head; the rest is sent when the server is asked to release it.
     Reply holdBody() const { return with(&Reply::m_holdsBody, true); }

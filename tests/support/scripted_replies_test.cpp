@@ -72,7 +72,6 @@ private Q_SLOTS:
         QTest::addColumn<Reply>("reply");
         const QByteArray body(90, 'x');
         QTest::newRow("the whole answer") << Reply::text(200, body).drip(3, 1);
-        QTest::newRow("the head") << Reply::text(200, body.repeated(10)).dripHead(2, 1);
         QTest::newRow("the body") << Reply::text(200, body).dripBody(2, 1);
     }
 
